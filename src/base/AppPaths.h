@@ -5,8 +5,8 @@
 namespace nibbo {
 
 /// The folders and fixed files of the application, all derived from one home directory that is handed in.
-/// The accessors named `...Directory` make the folder (with parents, closed to other users) whenever they are asked for.
-/// A value; any thread.
+/// The accessors named `...Directory` make the folder (with parents, closed to other users) whenever they are
+/// asked for. A value; any thread.
 class AppPaths final
 {
 public:

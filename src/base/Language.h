@@ -12,7 +12,8 @@ enum class AppLanguage
     zh
 };
 
-/// What is meant when the user chose `chosen` and the system's preferred languages begin with `firstPreferred`.
+/// What is meant when the user chose `chosen` and the system's preferred languages begin with
+/// `firstPreferred`.
 AppLanguage effectiveLanguage(AppLanguage chosen, const QString& firstPreferred);
 /// The first of the system's preferred languages; "en" when there is none.
 QString firstPreferredLanguage();

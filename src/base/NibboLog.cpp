@@ -29,7 +29,8 @@ QString& logPath()
 
 int openForAppending(const QString& path)
 {
-    return ::open(QFile::encodeName(path).constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    return ::open(QFile::encodeName(path).constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW,
+                  0600);
 }
 
 } // namespace
@@ -44,7 +45,8 @@ bool appendToPrivateFile(const QString& path, const QByteArray& text)
     if (file < 0)
         return false;
     // One write of the whole line: with O_APPEND the lines of two processes never interleave.
-    const bool written = ::write(file, text.constData(), static_cast<std::size_t>(text.size())) == text.size();
+    const bool written =
+        ::write(file, text.constData(), static_cast<std::size_t>(text.size())) == text.size();
     ::close(file);
     return written;
 }

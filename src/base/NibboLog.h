@@ -4,7 +4,8 @@
 
 namespace nibbo {
 
-/// The application's log: one line per message in a file, and a copy to the system log. Any thread; never fails.
+/// The application's log: one line per message in a file, and a copy to the system log. Any thread; never
+/// fails.
 class NibboLog final
 {
 public:

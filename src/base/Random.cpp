@@ -6,8 +6,7 @@ namespace nibbo {
 
 SystemRandom::SystemRandom()
     : m_engine(QRandomGenerator::system()->generate64())
-{
-}
+{}
 
 int SystemRandom::below(int bound)
 {

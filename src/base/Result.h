@@ -20,12 +20,10 @@ class [[nodiscard]] Result final
 public:
     Result(T value)
         : m_content(std::move(value))
-    {
-    }
+    {}
     Result(Failure failure)
         : m_content(std::move(failure))
-    {
-    }
+    {}
 
     explicit operator bool() const { return std::holds_alternative<T>(m_content); }
     const T& value() const& { return std::get<T>(m_content); }
@@ -47,8 +45,7 @@ public:
     Result(Failure failure)
         : m_failure(std::move(failure))
         , m_failed(true)
-    {
-    }
+    {}
 
     explicit operator bool() const { return !m_failed; }
     const QString& error() const { return m_failure.message; }

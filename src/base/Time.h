@@ -20,7 +20,8 @@ public:
     virtual QDateTime wallNow() const = 0;
 };
 
-/// A step that was put off. Destroying or cancelling the handle takes it back; one that has run is harmless to cancel.
+/// A step that was put off. Destroying or cancelling the handle takes it back; one that has run is harmless
+/// to cancel.
 class ScheduledStep
 {
 public:
@@ -29,7 +30,8 @@ public:
 };
 using ScheduledHandle = std::unique_ptr<ScheduledStep>;
 
-/// Runs steps later on the thread it was made on. The handle owns the step: keep it as long as the step shall happen.
+/// Runs steps later on the thread it was made on. The handle owns the step: keep it as long as the step shall
+/// happen.
 class Scheduler
 {
 public:
