@@ -1,0 +1,3 @@
+#!/bin/sh
+# nibbo-bridge-marker
+exec '@LAUNCHER@' --source cline --event @EVENT@
