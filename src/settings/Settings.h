@@ -2,6 +2,7 @@
 
 #include "agents/AgentStatus.h"
 #include "approval/ApprovalMode.h"
+#include "approval/TrustEngine.h"
 #include "base/Language.h"
 
 #include <QHash>
@@ -94,6 +95,11 @@ struct Settings
     {
         return petSource == PetSource::pack && activePackPath && !activePackPath->isEmpty() ? activePackPath
                                                                                             : std::nullopt;
+    }
+    /// What decides about commands.
+    TrustPolicy trustPolicy() const
+    {
+        return {trustedCommands, dangerousCommands, bypassRiskCheck, approvalMode};
     }
     /// The language that texts are shown in; never `system`. Computed afresh at every call.
     AppLanguage effectiveLanguage() const
