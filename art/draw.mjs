@@ -9,8 +9,10 @@ import fs from 'node:fs';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
 import nibbo from './nibbo/character.mjs';
+import { drawIcons } from './icons/icons.mjs';
 import { drawPack } from './lib/pack.mjs';
 import { drawSheets } from './lib/sheets.mjs';
+import { drawTemplate } from './template/template.mjs';
 
 const root = path.join(path.dirname(fileURLToPath(import.meta.url)), '..', 'resources');
 const characters = [nibbo];
@@ -19,10 +21,12 @@ const characters = [nibbo];
 function drawAll() {
   const files = new Map();
   for (const c of characters) for (const [name, content] of drawPack(c)) files.set(`pets/${c.folder}/${name}`, content);
+  for (const [name, content] of drawTemplate()) files.set(`pets/template/${name}`, content);
+  for (const [name, content] of drawIcons()) files.set(`icons/${name}`, content);
   return files;
 }
 
-/** Files that are there; only folders that are wholly drawn are listed, so that nothing foreign is ever called stale. */
+/** Files that are there; only folders that are wholly drawn are listed, so that nothing else is called stale. */
 function committed(files) {
   const found = new Set();
   const walk = dir => {
@@ -32,6 +36,8 @@ function committed(files) {
     }
   };
   for (const c of characters) walk(`pets/${c.folder}`);
+  walk('pets/template');
+  walk('icons');
   for (const name of files.keys()) if (fs.existsSync(path.join(root, name))) found.add(name);
   return found;
 }

@@ -12,6 +12,9 @@ export const framesPerSecond = { idle: 4, thinking: 8, coding: 6, reading: 6, se
 
 const defaultTint = 'pink';
 
+/** The text of a pack.json: as usual, but lists on one line. */
+export const manifest = pack => JSON.stringify(pack, null, 2).replace(/\[\s+([^\]]*?)\s+\]/g, (_, list) => `[${list.replace(/\s+/g, ' ')}]`) + '\n';
+
 /** [[name, content]...] of a whole pack, in the default tint. */
 export function drawPack(c) {
   const files = [];
@@ -23,8 +26,7 @@ export function drawPack(c) {
   }
   // "accent" are the colours that a tint replaces; "tints" has, in the same order, what they become.
   const pack = { ...c.pack, version: '1.0', license: c.pack.license ?? 'same as the program', accent: c.tints[defaultTint], tints: c.tints };
-  const json = JSON.stringify(pack, null, 2).replace(/\[\s+([^\]]*?)\s+\]/g, (_, list) => `[${list.replace(/\s+/g, ' ')}]`);
-  files.push(['pack.json', json + '\n']);
+  files.push(['pack.json', manifest(pack)]);
   checkAccent(c, files);
   return files;
 }
