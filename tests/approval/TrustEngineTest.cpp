@@ -54,7 +54,7 @@ TEST(TrustEngine, DecidesByModeWithTheDefaultLists)
         {"git status\nrm -rf /", ask, ask, ask, true},
         {"sudo make install", ask, ask, ask, true},
         {"sudoku-solver --run", ask, ask, ask, true},
-        {"pseudo", ask, ask, ask, true},
+        {"visudo -c", ask, ask, ask, true},
         {"psql -c 'DROP DATABASE x'", ask, ask, ask, true},
     };
     for (const Row& row : rows) {
