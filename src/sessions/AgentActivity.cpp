@@ -123,7 +123,7 @@ QString Phrase::reading(const QString& text, const TextPair& prefix, AppLanguage
 
 QString Phrase::searchingFor(const QString& query, AppLanguage language)
 {
-    return text(language, u"Searching “", u"正在搜索 “") + query + QStringLiteral("”");
+    return nibbo::text(language, u"Searching “", u"正在搜索 “") + query + QStringLiteral("”");
 }
 
 Phrase AgentActivity::classify(const std::optional<QString>& toolName, const std::optional<QString>& command,
@@ -161,7 +161,8 @@ QString AgentActivity::phrase(const AgentEvent& event, AppLanguage language)
     case AgentEventType::approvalRequired:
         if (event.message.isEmpty())
             return text(language, u"Approval requested", u"请求授权");
-        return text(language, u"Approval requested: ", u"请求授权：") + firstLine(event.message, phraseLength);
+        return text(language, u"Approval requested: ", u"请求授权：") +
+               firstLine(event.message, phraseLength);
     case AgentEventType::inputRequired:
         return text(language, u"Waiting for your input", u"等待你的输入");
     case AgentEventType::taskCompleted:

@@ -103,13 +103,13 @@ TEST(AgentActivity, CutsTheFirstLineAtWhatAReaderCounts)
 
     // Each of these is one character to a reader, whatever the number of units it takes.
     const std::vector<QString> characters{
-        QStringLiteral("e\u0301"),                             // a letter with a combining accent
-        QStringLiteral("\U0001F600"),                          // outside the basic plane
-        QStringLiteral("\U0001F1E9\U0001F1EA"),                // a flag of two indicators
-        QStringLiteral("\U0001F44D\U0001F3FD"),                // a thumb with a skin tone
+        QStringLiteral("e\u0301"),                                    // a letter with a combining accent
+        QStringLiteral("\U0001F600"),                                 // outside the basic plane
+        QStringLiteral("\U0001F1E9\U0001F1EA"),                       // a flag of two indicators
+        QStringLiteral("\U0001F44D\U0001F3FD"),                       // a thumb with a skin tone
         QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467"), // a joined family
-        QStringLiteral("\u2764\uFE0F"),                        // with a presentation selector
-        QStringLiteral("\u1112\u1161\u11AB"),                  // a syllable of three letters
+        QStringLiteral("\u2764\uFE0F"),                               // with a presentation selector
+        QStringLiteral("\u1112\u1161\u11AB"),                         // a syllable of three letters
     };
     for (const QString& character : characters) {
         SCOPED_TRACE(character.toStdString());
