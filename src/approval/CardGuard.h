@@ -15,7 +15,8 @@ enum class CardButton
 
 /// Decides which presses on the approval card count, so that neither a slip of the hand nor a well-timed
 /// request can answer:
-/// - Allow and Allow All are dead for `settleTime` after the card appears or changes, and until the end of its
+/// - Allow and Allow All are dead for `settleTime` after the card appears or changes, and until the end of
+/// its
 ///   command has been seen; Deny is live at once;
 /// - an answer needs press and release on the same button, live both times, with no change in between;
 /// - after an answer every button, also those of the next card, is dead for `restTime`, so that the second

@@ -1,6 +1,7 @@
 #include "approval/CommandDisplay.h"
 
 #include <QChar>
+#include <QList>
 
 #include <algorithm>
 #include <array>
@@ -128,9 +129,10 @@ CommandLine displayLine(QStringView line, AppLanguage language, int& escaped)
             if (isMark(codePoint))
                 --marksLeft;
             else
-                marksLeft = QChar::isLetter(codePoint) || QChar::category(codePoint) == QChar::Mark_SpacingCombining
-                                ? marksOnOneLetter
-                                : 0;
+                marksLeft =
+                    QChar::isLetter(codePoint) || QChar::category(codePoint) == QChar::Mark_SpacingCombining
+                        ? marksOnOneLetter
+                        : 0;
         }
         at += length;
     }

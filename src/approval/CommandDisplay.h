@@ -8,8 +8,8 @@
 
 namespace nibbo {
 
-/// A stretch of a command as it is shown. Only `verbatim` text stands in the command itself; the other two are
-/// our words about what stands there, and are drawn so that no command can imitate them.
+/// A stretch of a command as it is shown. Only `verbatim` text stands in the command itself; the other two
+/// are our words about what stands there, and are drawn so that no command can imitate them.
 struct CommandPiece
 {
     enum class Kind
