@@ -268,6 +268,8 @@ const DesktopScreen* PetMotion::panelScreen() const
 
 bool PetMotion::isOnAnyScreen(ScreenPoint origin) const
 {
+    if (!std::isfinite(origin.x) || !std::isfinite(origin.y))
+        return false;
     const ScreenArea area{origin.x, origin.y, panelWidth, panelHeight};
     return std::any_of(m_screens.begin(), m_screens.end(),
                        [&area](const DesktopScreen& screen) { return screen.frame.overlap(area) > 0; });
