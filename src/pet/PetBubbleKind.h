@@ -34,6 +34,8 @@ struct ApprovalBubble
     ApprovalPrompt prompt;
     /// How many other requests wait behind this one.
     int othersWaiting = 0;
+    /// Where the agent works; empty when it did not say.
+    QString folder = {};
 
     bool operator==(const ApprovalBubble&) const = default;
 };
