@@ -16,12 +16,12 @@ struct RunningProcess
     bool operator==(const RunningProcess&) const = default;
 };
 
-/// The system's process table. `processes` is called on the detector's thread only.
+/// The system's process table. Any thread.
 class ProcessList
 {
 public:
     virtual ~ProcessList() = default;
-    /// All processes that this user may see, without kernel threads; an empty list where nothing can be read.
+    /// The processes of this user, without kernel threads; an empty list where nothing can be read.
     virtual std::vector<RunningProcess> processes() = 0;
 };
 

@@ -2,6 +2,7 @@
 
 #include "platform/LoginItem.h"
 #include "platform/Notifier.h"
+#include "platform/ProcessList.h"
 #include "settings/SecretStore.h"
 
 namespace nibbo {
@@ -21,6 +22,12 @@ public:
     Result<void> enable() override { return Failure{QStringLiteral("this system has no login items")}; }
     Result<void> disable() override { return {}; }
     void refresh() override {}
+};
+
+class NullProcessList final : public ProcessList
+{
+public:
+    std::vector<RunningProcess> processes() override { return {}; }
 };
 
 class NullSecretStore final : public SecretStore

@@ -1,0 +1,170 @@
+#include "intake/AgentEventBus.h"
+
+#include "agents/ProviderRegistry.h"
+#include "approval/TrustEngine.h"
+#include "base/NibboLog.h"
+#include "base/ThreadCheck.h"
+#include "sessions/AgentActivity.h"
+
+#include <utility>
+
+namespace nibbo {
+namespace {
+
+constexpr Milliseconds detectionInterval{3000};
+
+/// What the pet shows in place of a request that was decided without the user: a new event about the same
+/// command in the same session.
+AgentEvent decided(const AgentEvent& request, AgentEventType type, const QString& command)
+{
+    AgentEvent event;
+    event.provider = request.provider;
+    event.type = type;
+    event.message = request.message;
+    event.command = command;
+    event.cwd = request.cwd;
+    event.sessionId = request.sessionId;
+    return event;
+}
+
+/// One event is one line: what an agent says must not pass for another entry.
+QString onOneLine(QString line)
+{
+    for (QChar& character : line) {
+        const QChar::Category category = character.category();
+        if (category == QChar::Other_Control || category == QChar::Separator_Line ||
+            category == QChar::Separator_Paragraph)
+            character = QLatin1Char(' ');
+    }
+    return line;
+}
+
+bool isEnabled(const Settings& settings, const AgentProvider& provider)
+{
+    const ProviderSpec* spec = provider.spec();
+    return settings.enabled.value(provider.rawValue(), spec && spec->confirmed);
+}
+
+} // namespace
+
+AgentEventBus::AgentEventBus(AppPaths paths, SettingsSnapshot settings, ProcessList& processes,
+                             const Clock& clock, QObject* parent)
+    : QObject(parent)
+    , m_paths(std::move(paths))
+    , m_settings(std::move(settings))
+    , m_clock(clock)
+    , m_systemLanguage(firstPreferredLanguage())
+    , m_logFile(m_paths.agentLogFile())
+    , m_detector(ExecutableFinder(m_paths.home()), processes,
+                 [this](const AgentProvider& provider) { return isEnabled(*m_settings(), provider); })
+    , m_socketServer(m_paths)
+{}
+
+AgentEventBus::~AgentEventBus()
+{
+    stop();
+}
+
+void AgentEventBus::start()
+{
+    assertMainThread();
+    m_detector.onChange = [this](const AgentEvent& event) { forwardToPet(event); };
+    m_detector.onStatus = [this](const AgentProvider& provider, AgentStatus status) {
+        QMetaObject::invokeMethod(
+            this, [this, id = provider.rawValue(), status] { Q_EMIT statusDetected(id, status); },
+            Qt::QueuedConnection);
+    };
+    m_detector.start(detectionInterval);
+    m_socketServer.onEvent = [this](const AgentEvent& event, const LocalSocketServer::Responder& respond) {
+        publish(event, respond);
+    };
+    m_socketServer.start();
+}
+
+void AgentEventBus::stop()
+{
+    m_socketServer.stop();
+    m_detector.stop();
+    QHash<QUuid, LocalSocketServer::Responder> waiting;
+    const std::lock_guard lock(m_lock);
+    waiting.swap(m_approvalResponders);
+}
+
+void AgentEventBus::publish(const AgentEvent& event, const LocalSocketServer::Responder& onApproval)
+{
+    const std::shared_ptr<const Settings> settings = m_settings();
+    writeLog(event, effectiveLanguage(settings->language, m_systemLanguage));
+    if (event.type != AgentEventType::approvalRequired)
+        return forwardToPet(event);
+    const QString command = event.command.value_or(event.message);
+    switch (TrustEngine::decide(command, settings->trustPolicy())) {
+    case TrustEngine::Decision::allow: {
+        if (onApproval)
+            onApproval(true);
+        AgentEvent work = decided(event, AgentEventType::coding, command);
+        work.toolName = event.toolName;
+        return forwardToPet(work);
+    }
+    case TrustEngine::Decision::block: {
+        if (onApproval)
+            onApproval(false);
+        AgentEvent notice = decided(event, AgentEventType::riskyActionDetected, command);
+        notice.message = QStringLiteral("Blocked: ") + command;
+        return forwardToPet(notice);
+    }
+    case TrustEngine::Decision::ask:
+        break;
+    }
+    if (onApproval) {
+        const std::lock_guard lock(m_lock);
+        m_approvalResponders.insert(event.id, onApproval);
+    }
+    forwardToPet(event);
+}
+
+void AgentEventBus::resolveApproval(const QUuid& eventId, bool allow)
+{
+    if (const auto respond = takeResponder(eventId))
+        respond(allow);
+}
+
+void AgentEventBus::abandonApproval(const QUuid& eventId)
+{
+    // Destroying the last copy of a responder closes its connection.
+    takeResponder(eventId);
+}
+
+LocalSocketServer::Responder AgentEventBus::takeResponder(const QUuid& eventId)
+{
+    const std::lock_guard lock(m_lock);
+    return m_approvalResponders.take(eventId);
+}
+
+int AgentEventBus::waitingApprovals() const
+{
+    const std::lock_guard lock(m_lock);
+    return static_cast<int>(m_approvalResponders.size());
+}
+
+void AgentEventBus::forwardToPet(const AgentEvent& event)
+{
+    QMetaObject::invokeMethod(
+        this,
+        [this, event] {
+            m_lastEvent = event;
+            Q_EMIT eventDelivered(event);
+        },
+        Qt::QueuedConnection);
+}
+
+void AgentEventBus::writeLog(const AgentEvent& event, AppLanguage language) const
+{
+    const QString date =
+        m_clock.wallNow().toUTC().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + QStringLiteral(" +0000");
+    const QString line = onOneLine(QStringLiteral("[") + date + QStringLiteral("] ") +
+                                   event.provider.displayName() + QLatin1Char(' ') + rawValue(event.type) +
+                                   QStringLiteral(": ") + AgentActivity::phrase(event, language));
+    appendToPrivateFile(m_logFile, line.toUtf8() + '\n');
+}
+
+} // namespace nibbo

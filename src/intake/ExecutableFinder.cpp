@@ -1,0 +1,82 @@
+#include "intake/ExecutableFinder.h"
+
+#include <QCollator>
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace nibbo {
+namespace {
+
+/// In the order in which they are searched. Those of the home directory begin with "~".
+constexpr std::array fixedFolders{
+    u"~/.npm-global/bin", u"~/.local/bin",   u"~/.opencode/bin",
+    u"/opt/homebrew/bin", u"/usr/local/bin", u"/usr/bin",
+};
+/// One folder per installed version of Node: where it is, and what stands between the version and the name.
+constexpr std::array<std::pair<const char16_t*, const char16_t*>, 3> versionParents{{
+    {u"/.nvm/versions/node", u"/bin"},
+    {u"/.local/share/fnm/node-versions", u"/installation/bin"},
+    {u"/.fnm/node-versions", u"/installation/bin"},
+}};
+constexpr std::array furtherFolders{
+    u"~/.volta/bin", u"~/.bun/bin", u"~/.local/share/pnpm", u"~/.local/share/pnpm/bin", u"~/.cargo/bin",
+    u"/snap/bin",    u"~/bin",
+};
+
+std::optional<QString> executable(const QString& folder, const QString& name)
+{
+    const QString path = folder + QLatin1Char('/') + name;
+    const QFileInfo info(path);
+    return info.isFile() && info.isExecutable() ? std::optional(path) : std::nullopt;
+}
+
+} // namespace
+
+ExecutableFinder::ExecutableFinder(QString home, QString systemRoot)
+    : m_home(std::move(home))
+    , m_systemRoot(std::move(systemRoot))
+{}
+
+std::optional<QString> ExecutableFinder::find(const QString& name) const
+{
+    const auto place = [this](const QString& folder) {
+        return folder.startsWith(QLatin1Char('~')) ? m_home + folder.mid(1) : m_systemRoot + folder;
+    };
+    const auto inFixed = [&place, &name](const auto& folders) -> std::optional<QString> {
+        for (const char16_t* folder : folders) {
+            if (auto found = executable(place(QString::fromUtf16(folder)), name))
+                return found;
+        }
+        return std::nullopt;
+    };
+    if (auto found = inFixed(fixedFolders))
+        return found;
+    for (const QString& folder : versionFolders()) {
+        if (auto found = executable(folder, name))
+            return found;
+    }
+    return inFixed(furtherFolders);
+}
+
+/// The newest version first, as numbers count: v20 before v9.
+QStringList ExecutableFinder::versionFolders() const
+{
+    QCollator byNumber{QLocale::c()};
+    byNumber.setNumericMode(true);
+    QStringList result;
+    for (const auto& [parent, inner] : versionParents) {
+        const QDir folder(m_home + QString::fromUtf16(parent));
+        QStringList versions = folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Unsorted);
+        std::sort(versions.begin(), versions.end(),
+                  [&byNumber](const QString& a, const QString& b) { return byNumber.compare(a, b) > 0; });
+        for (const QString& version : versions)
+            result.append(folder.filePath(version) + QString::fromUtf16(inner));
+    }
+    return result;
+}
+
+} // namespace nibbo
