@@ -10,7 +10,7 @@ namespace {
 const std::array<QString, 3> hookFlags{QStringLiteral("--install-hooks"), QStringLiteral("--uninstall-hooks"),
                                        QStringLiteral("--hooks-status")};
 
-CommandLine mistake(const QString& text)
+CommandLine mistaken(const QString& text)
 {
     return {LaunchMode::mistake, QString(), text};
 }
@@ -45,20 +45,20 @@ CommandLine CommandLine::parse(const QStringList& arguments)
         const auto* const mode = std::find_if(modes.begin(), modes.end(),
                                               [&argument](const auto& row) { return row.first == argument; });
         if (mode != modes.end() && !choose(mode->second))
-            return mistake(QStringLiteral("%1 does not go with what stands before it").arg(argument));
+            return mistaken(QStringLiteral("%1 does not go with what stands before it").arg(argument));
         if (folderFlags.contains(argument)) {
             if (at + 1 == arguments.size() || arguments.at(at + 1).startsWith(QLatin1Char('-')))
-                return mistake(QStringLiteral("%1 needs a folder").arg(argument));
+                return mistaken(QStringLiteral("%1 needs a folder").arg(argument));
             records = records || argument == QLatin1String("--record");
             result.folder = arguments.at(++at);
         } else if (mode == modes.end() && argument.startsWith(QLatin1String("--")) &&
                    !argument.contains(QLatin1String("hooks"))) {
             // An unknown flag about hooks may come from a newer script: it starts the pet as always.
-            return mistake(QStringLiteral("unknown option %1").arg(argument));
+            return mistaken(QStringLiteral("unknown option %1").arg(argument));
         }
     }
     if (records && result.mode != LaunchMode::demo)
-        return mistake(QStringLiteral("--record goes with --demo"));
+        return mistaken(QStringLiteral("--record goes with --demo"));
     return result;
 }
 
