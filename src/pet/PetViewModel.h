@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Time.h"
+#include "pet/BumpDirection.h"
 #include "pet/PetBubbleKind.h"
 #include "pet/PetState.h"
 
@@ -14,15 +15,6 @@ namespace nibbo {
 
 class Random;
 struct Settings;
-
-/// The edge of the screen that the pet ran into.
-enum class BumpDirection
-{
-    left,
-    right,
-    top,
-    bottom
-};
 
 /// The one object that the pet's views draw from. It arbitrates between what the sessions show, the pet's
 /// answers to the pointer, and a drag: a drag or a short reaction is never interrupted by a session that
