@@ -8,6 +8,7 @@ import { execFileSync } from 'node:child_process';
 import fs from 'node:fs';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
+import furli from './furli/character.mjs';
 import nibbo from './nibbo/character.mjs';
 import { drawIcons } from './icons/icons.mjs';
 import { drawPack } from './lib/pack.mjs';
@@ -15,7 +16,7 @@ import { drawSheets } from './lib/sheets.mjs';
 import { drawTemplate } from './template/template.mjs';
 
 const root = path.join(path.dirname(fileURLToPath(import.meta.url)), '..', 'resources');
-const characters = [nibbo];
+const characters = [nibbo, furli];
 
 /** Everything that is drawn: content by path below resources/. */
 function drawAll() {

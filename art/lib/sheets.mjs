@@ -21,12 +21,12 @@ function busy(w, h) {
 function sheet(cells, columns, px, ground, aspect) {
   const label = px < 100 ? 0 : 16, cw = Math.round(px * aspect), ch = px + label, rows = Math.ceil(cells.length / columns);
   const [fill, ink] = grounds[ground], w = cw * columns, h = ch * rows;
-  let s = `<svg xmlns="http://www.w3.org/2000/svg" width="${w}" height="${h}"><rect width="${w}" height="${h}" fill="${fill}"/>`;
+  let s = `<svg xmlns="http://www.w3.org/2000/svg" xmlns:xlink="http://www.w3.org/1999/xlink" width="${w}" height="${h}"><rect width="${w}" height="${h}" fill="${fill}"/>`;
   if (ground === 'busy') s += busy(w, h);
   cells.forEach(([name, svg], i) => {
     const x = (i % columns) * cw, y = Math.floor(i / columns) * ch;
     // Gradient names are unique within a document only.
-    s += svg.trim().replace(/\bid="/g, `id="c${i}_`).replace(/url\(#/g, `url(#c${i}_`).replace(/^<svg ([^>]*?)width="\S+" height="\S+"/, `<svg $1x="${x}" y="${y}" width="${cw}" height="${px}"`);
+    s += svg.trim().replace(/\bid="/g, `id="c${i}_`).replace(/(url\(|xlink:href=")#/g, `$1#c${i}_`).replace(/^<svg ([^>]*?)width="\S+" height="\S+"/, `<svg $1x="${x}" y="${y}" width="${cw}" height="${px}"`);
     if (label) s += `<text x="${x + cw / 2}" y="${y + ch - 4}" text-anchor="middle" font-family="DejaVu Sans" font-size="10" fill="${ink}">${name}</text>`;
   });
   return s + '</svg>';

@@ -33,17 +33,23 @@ function attributes(o) {
 
 // Shapes take { fill, stroke, sw (stroke width), op (opacity of both), transform }.
 export const path = (d, o = {}) => `<path d="${d}"${attributes(o)}/>`;
-export const ell = (cx, cy, rx, ry, o = {}) => `<ellipse cx="${num(cx)}" cy="${num(cy)}" rx="${num(rx)}" ry="${num(ry)}"${attributes(o)}/>`;
-export const group = (transform, ...content) =>
-  `<g${transform ? ` transform="${transform}"` : ''}>${content.flat(9).filter(Boolean).join('')}</g>`;
-export const faded = (op, ...content) =>
-  `<g fill-opacity="${num(op)}" stroke-opacity="${num(op)}">${content.flat(9).filter(Boolean).join('')}</g>`;
-export const translate = (x, y) => `translate(${num(x)} ${num(y)})`;
-export const rotate = (a, x = 0, y = 0) => (x || y ? `rotate(${num(a)} ${num(x)} ${num(y)})` : `rotate(${num(a)})`);
-export const scale = (x, y = x) => (x === y ? `scale(${num(x, 3)})` : `scale(${num(x, 3)} ${num(y, 3)})`);
+export const ell = (cx, cy, rx, ry, o = {}) => '<ellipse' + Object.entries({ cx, cy, rx, ry }).map(([name, v]) =>
+  (num(v) === '0' ? '' : ` ${name}="${num(v)}"`)).join('') + attributes(o) + '/>';
+export const group = (transform, ...content) => {
+  const inner = content.flat(9).filter(Boolean).join('');
+  return transform && inner ? `<g transform="${transform}">${inner}</g>` : inner;
+};
+export const faded = (op, ...content) => {
+  const inner = content.flat(9).filter(Boolean).join('');
+  return op < 1 ? `<g fill-opacity="${num(op)}" stroke-opacity="${num(op)}">${inner}</g>` : inner;
+};
+// Transforms that change nothing are not written.
+export const translate = (x, y) => (num(x) === '0' && num(y) === '0' ? '' : `translate(${num(x)} ${num(y)})`);
+export const rotate = (a, x = 0, y = 0) => (num(a) === '0' ? '' : x || y ? `rotate(${num(a)} ${num(x)} ${num(y)})` : `rotate(${num(a)})`);
+export const scale = (x, y = x) => (num(x, 3) === '1' && num(y, 3) === '1' ? '' : x === y ? `scale(${num(x, 3)})` : `scale(${num(x, 3)} ${num(y, 3)})`);
 /** Content placed at (x, y), turned by r degrees and scaled by s (a number or a pair). */
 export const at = (x, y, r = 0, s = 1, inner = '') =>
-  group(translate(x, y) + (r ? rotate(r) : '') + (s !== 1 ? scale(...[].concat(s)) : ''), inner);
+  group(translate(x, y) + rotate(r) + scale(...[].concat(s)), inner);
 
 export const poly = (points, close = true) => 'M' + points.map(pt).join('L') + (close ? 'Z' : '');
 
@@ -123,8 +129,8 @@ function compact(d, decimals) {
 }
 
 /**
- * A whole document. `defs` holds gradients by id; those that nothing refers to are left out. `decimals` is the precision of path
- * data. Content ends with a line break, as text files do.
+ * A whole document. `defs` holds gradients by id; those that nothing refers to are left out. `decimals` is the precision of
+ * positions and sizes. Content ends with a line break, as text files do.
  */
 export function document({ width, height, content, defs = {}, decimals = 2 }) {
   // Alike gradients become one.
@@ -134,9 +140,20 @@ export function document({ width, height, content, defs = {}, decimals = 2 }) {
     if (names.has(body)) content = content.split(`url(#${id})`).join(`url(#${names.get(body)})`); else names.set(body, id);
   }
   const used = Object.entries(defs).filter(([id]) => content.includes(`url(#${id})`)).map(([, markup]) => markup).join('');
-  const body = content.replace(/ d="([^"]*)"/g, (_, d) => ` d="${compact(d, decimals)}"`).replace(/<g><\/g>/g, '');
-  return `<svg xmlns="http://www.w3.org/2000/svg" version="1.2" baseProfile="tiny" width="${width}" height="${height}" ` +
-    `viewBox="0 0 ${width} ${height}">${used ? `<defs>${used}</defs>` : ''}` +
+  let body = content.replace(/ d="([^"]*)"/g, (_, d) => ` d="${compact(d, decimals)}"`)
+    .replace(/ (c[xy]|r[xy])="([^"]*)"/g, (_, name, v) => ` ${name}="${num(Number(v), decimals)}"`)
+    .replace(/translate\(([^ ]+) ([^)]+)\)/g, (_, x, y) => `translate(${num(Number(x), decimals)} ${num(Number(y), decimals)})`);
+  // A shape drawn twice, say filled and outlined, is written once.
+  const counts = new Map();
+  for (const [d] of body.matchAll(/<path d="[^"]{50,}"/g)) counts.set(d, (counts.get(d) ?? 0) + 1);
+  let shapes = '', n = 0;
+  for (const [d, count] of counts) {
+    if (count < 2) continue;
+    shapes += d.replace('<path', `<path id="s${n}"`) + '/>';
+    body = body.split(d).join(`<use xlink:href="#s${n++}"`);
+  }
+  return `<svg xmlns="http://www.w3.org/2000/svg"${shapes ? ' xmlns:xlink="http://www.w3.org/1999/xlink"' : ''} version="1.2" baseProfile="tiny" ` +
+    `width="${width}" height="${height}" viewBox="0 0 ${width} ${height}">${used || shapes ? `<defs>${used}${shapes}</defs>` : ''}` +
     `<g fill="none" stroke-linecap="round" stroke-linejoin="round">${body}</g></svg>\n`;
 }
 

@@ -9,6 +9,6 @@ export default {
   tints,
   animations: Object.fromEntries(Object.entries(animations).map(([name, { frames }]) => [name, frames])),
   stills: Object.keys(stills),
-  frame: (name, t, tint) => document({ width, height, ...draw(animations[name].pose(t), tint) }),
-  still: (name, tint) => document({ width, height, ...draw(stills[name](), tint) }),
+  frame: (name, t, tint) => document({ width, height, decimals: 1, ...draw(animations[name].pose(t), tint) }),
+  still: (name, tint) => document({ width, height, decimals: 1, ...draw(stills[name](), tint) }),
 };

@@ -146,7 +146,8 @@ export function draw(p, tint = 'pink') {
     const low = trim ? Math.max(0, Math.min(.24, (kind === 0 ? 0 : Math.abs(dir - p.rot) - 46) * .007)) : 0;
     const stops = kind.fade ? [[0, C.cream, 0], [.12, C.cream, 0], [.34, C.cream, 1], [.68, A.m], [1, A.m]] : [[0, C.cream], [0.16 + low, C.cream], [0.6 + low * .7, A.m], [1, A.m]];
     const g = grad(b0[0], b0[1], tip[0], tip[1], stops);
-    let s = path(open + `L${f(foot1[0])} ${f(foot1[1])}L${f(foot0[0])} ${f(foot0[1])}Z`, { fill: g });
+    // Filled as far as its root lies within the body.
+    let s = path(open, { fill: g }) + path(poly([Lp[0], foot0, foot1, Rp[Rp.length - 1]]), { fill: g });
     // shaded half: a crescent along the outer edge
     const side = (kind.s ?? kind) > 0 ? 1 : -1;
     const strip = [[.975, .5], [1, .62], [.985, .73], [.92, .845], [.74, .955], [.46, .995], [.2, .92], [0, .76]].map(([v, u]) => bendPt(side * v, u));
