@@ -53,6 +53,14 @@ CleaningReport remainsBySystem(const std::string& path, const char* what)
     return remains(path, std::string(what) + ": " + std::strerror(error));
 }
 
+// What no agent can read either holds no hooks that would run.
+CleaningReport unreadable(const std::string& path)
+{
+    if (errno == ENOENT || errno == ENOTDIR || errno == EISDIR || errno == ELOOP)
+        return {};
+    return remainsBySystem(path, "cannot be read");
+}
+
 // The content of a regular file, and what it was at that moment.
 std::optional<std::string> readFile(const std::string& path, struct stat& status)
 {
@@ -61,7 +69,7 @@ std::optional<std::string> readFile(const std::string& path, struct stat& status
     if (!file.isOpen() || ::fstat(file.get(), &status) != 0)
         return std::nullopt;
     if (!S_ISREG(status.st_mode)) {
-        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+        errno = EISDIR; // or a device or a pipe: whatever it is, it holds no settings
         return std::nullopt;
     }
     std::string text;
@@ -133,6 +141,22 @@ bool namesUs(const RawJson& value)
            });
 }
 
+using Children = std::vector<std::pair<std::string, RawJson>>;
+
+// Like std::erase_if, with a predicate that may change what it is shown.
+template <typename Predicate>
+std::size_t removeWhere(Children& children, Predicate goes)
+{
+    Children kept;
+    for (auto& child : children) {
+        if (!goes(child))
+            kept.push_back(std::move(child));
+    }
+    const std::size_t removed = children.size() - kept.size();
+    children = std::move(kept);
+    return removed;
+}
+
 // Whether the group itself is to go.
 bool stripGroup(RawJson& group)
 {
@@ -176,7 +200,7 @@ Stripping stripHooks(RawJson& hooks)
             continue;
         for (const auto& group : groups.children)
             stripping.lostEntries = stripping.lostEntries || countOurs(group.second) > 0;
-        if (std::erase_if(groups.children, [](auto& group) { return stripGroup(group.second); }) > 0)
+        if (removeWhere(groups.children, [](auto& group) { return stripGroup(group.second); }) > 0)
             stripping.lostGroups = true;
     }
     std::erase_if(hooks.children,
@@ -189,7 +213,7 @@ Stripping stripSettings(RawJson& settings)
     Stripping all;
     if (!settings.isObject())
         return all;
-    std::erase_if(settings.children, [&all](auto& member) {
+    removeWhere(settings.children, [&all](auto& member) {
         if (member.first != "hooks" || !member.second.isObject())
             return false;
         const Stripping stripping = stripHooks(member.second);
@@ -207,18 +231,15 @@ CleaningReport cleanSharedFile(const std::string& path)
     struct stat status = {};
     const std::optional<std::string> text = readFile(path, status);
     if (!text)
-        return errno == ENOENT || errno == ENOTDIR || errno == EISDIR
-                   ? CleaningReport{}
-                   : remainsBySystem(path, "cannot be read");
-    if (text->find(ownershipMark) == std::string::npos)
-        return {};
+        return unreadable(path);
     std::string_view body = *text;
     const bool marked = body.starts_with(byteOrderMark);
     if (marked)
         body.remove_prefix(byteOrderMark.size());
     std::optional<RawJson> settings = RawJson::parse(body);
     if (!settings)
-        return remains(path, "is not strict JSON");
+        return body.find(ownershipMark) == std::string::npos ? CleaningReport{}
+                                                             : remains(path, "is not strict JSON");
     const Stripping stripping = stripSettings(*settings);
     if (!stripping.lostGroups)
         return stripping.lostEntries ? remains(path, "our entry stands in a group with others")
@@ -235,9 +256,7 @@ CleaningReport removeOwnedFile(const std::string& path)
     struct stat status = {};
     const std::optional<std::string> text = readFile(path, status);
     if (!text)
-        return errno == ENOENT || errno == ENOTDIR || errno == EISDIR
-                   ? CleaningReport{}
-                   : remainsBySystem(path, "cannot be read");
+        return unreadable(path);
     if (text->find(ownershipMark) == std::string::npos)
         return {};
     if (::unlink(path.c_str()) != 0 && errno != ENOENT)

@@ -19,7 +19,8 @@ public:
     // Whole numbers that fit into 64 bits; the others come with their text.
     bool number_integer(number_integer_t value) override
     {
-        return add(RawJson::Kind::literal, std::to_string(value));
+        // A zero comes here only with a sign.
+        return add(RawJson::Kind::literal, value == 0 ? "-0" : std::to_string(value));
     }
     bool number_unsigned(number_unsigned_t value) override
     {
