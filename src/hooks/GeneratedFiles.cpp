@@ -39,7 +39,7 @@ QString readTemplate(const char* name)
     return QString::fromUtf8(file.readAll());
 }
 
-// One pass over the template, so that a value which looks like a placeholder is left as it is. A placeholder
+// One pass over the template, so that a value which looks like a blank is left as it is. A blank
 // between quotes is replaced with its quotes.
 QString filled(const QString& text, const Replacements& replacements)
 {
@@ -48,10 +48,10 @@ QString filled(const QString& text, const Replacements& replacements)
     while (position < text.size()) {
         const QStringView rest = QStringView(text).mid(position);
         bool replaced = false;
-        for (const auto& [placeholder, value] : replacements) {
-            if (rest.startsWith(placeholder)) {
+        for (const auto& [blank, value] : replacements) {
+            if (rest.startsWith(blank)) {
                 result += value;
-                position += placeholder.size();
+                position += blank.size();
                 replaced = true;
                 break;
             }
