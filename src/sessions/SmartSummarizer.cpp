@@ -107,6 +107,7 @@ SmartSummarizer::SmartSummarizer(const SettingsStore& settings, SecretStore& sec
     , m_secrets(secrets)
     , m_clock(clock)
     , m_scheduler(scheduler)
+    , m_addressOf([&settings](SummaryProvider provider) { return settings.summaryBaseURL(provider); })
 {
     m_network.setRedirectPolicy(QNetworkRequest::ManualRedirectPolicy);
     m_network.setProxyFactory(new EnvironmentProxies);
@@ -198,7 +199,7 @@ void SmartSummarizer::send(SummaryProvider provider, const QString& key, const R
                            Answer answer)
 {
     const AppLanguage language = m_settings.language();
-    QString base = m_settings.summaryBaseURL(provider);
+    QString base = m_addressOf(provider);
     while (base.endsWith(QLatin1Char('/')))
         base.chop(1);
     const bool isAnthropic = provider == SummaryProvider::anthropic;

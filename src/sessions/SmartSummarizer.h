@@ -43,8 +43,13 @@ public:
     /// line, or the real error in words for the user.
     void test(std::function<void(const Result<QString>&)> answer);
 
-    /// For tests: what counts as an answer that takes too long.
+    /// What counts as an answer that takes too long.
     void setTimeout(Milliseconds timeout) { m_timeout = timeout; }
+    /// Where a provider is spoken to; the settings' address unless told otherwise.
+    void setAddressOf(std::function<QString(SummaryProvider)> addressOf)
+    {
+        m_addressOf = std::move(addressOf);
+    }
 
 private:
     struct Request
@@ -73,6 +78,7 @@ private:
     Scheduler& m_scheduler;
     QNetworkAccessManager m_network;
     Deliver m_deliver;
+    std::function<QString(SummaryProvider)> m_addressOf;
     Milliseconds m_timeout{20'000};
     QHash<SummaryProvider, QString> m_keys;
     std::unordered_map<std::string, Session> m_sessions;
