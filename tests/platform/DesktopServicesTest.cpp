@@ -21,7 +21,8 @@ QString s(const char16_t* text)
 
 TEST(NotificationBody, isShortAndNeverMarkup)
 {
-    EXPECT_EQ(notificationBody(s(u"<b>rm & \"x\"</b>"), true), s(u"&lt;b&gt;rm &amp; &quot;x&quot;&lt;/b&gt;"));
+    EXPECT_EQ(notificationBody(s(u"<b>rm & \"x\"</b>"), true),
+              s(u"&lt;b&gt;rm &amp; &quot;x&quot;&lt;/b&gt;"));
     EXPECT_EQ(notificationBody(s(u"<b>rm</b>"), false), s(u"<b>rm</b>"));
     EXPECT_EQ(notificationBody(s(u"a\nb\nc\nd\ne"), false), s(u"a\nb\nc\nd…"));
     EXPECT_EQ(notificationBody(s(u"a\x1b[31mb\x07"), false), s(u"a[31mb"));
@@ -48,7 +49,8 @@ TEST(AutostartLoginItem, followsTheProgramAndTheUser)
     EXPECT_FALSE(QFile::exists(path)) << "an entry that the user took away stays away";
     item.set(true);
     EXPECT_TRUE(item.isEnabled());
-    EXPECT_TRUE(content().contains("\nExec=\"/opt/my \\\\\"pet\\\\\"/100%%/nibbo\"\n")) << content().toStdString();
+    EXPECT_TRUE(content().contains("\nExec=\"/opt/my \\\\\"pet\\\\\"/100%%/nibbo\"\n"))
+        << content().toStdString();
 
     AutostartLoginItem moved(config.path(), s(u"/usr/bin/nibbo"));
     moved.refresh();
@@ -122,8 +124,8 @@ public:
 
 public Q_SLOTS:
     QStringList GetCapabilities() const { return capabilities; }
-    uint Notify(const QString&, uint, const QString&, const QString&, const QString& body, const QStringList& actions,
-                const QVariantMap& given, int)
+    uint Notify(const QString&, uint, const QString&, const QString&, const QString& body,
+                const QStringList& actions, const QVariantMap& given, int)
     {
         bodies.append(body);
         hints.append(given);
@@ -147,7 +149,8 @@ TEST(DBusNotifier, speaksToWhateverServerThereIs)
 
     const QString name = s(u"org.freedesktop.Notifications");
     const auto serve = [&theirs, &name](StandInServer& server) {
-        return theirs.registerObject(s(u"/org/freedesktop/Notifications"), &server, QDBusConnection::ExportAllSlots) &&
+        return theirs.registerObject(s(u"/org/freedesktop/Notifications"), &server,
+                                     QDBusConnection::ExportAllSlots) &&
                theirs.registerService(name);
     };
     StandInServer plain;
@@ -167,18 +170,16 @@ TEST(DBusNotifier, speaksToWhateverServerThereIs)
     rich.capabilities = {s(u"body"), s(u"body-markup")};
     ASSERT_TRUE(serve(rich));
     ASSERT_TRUE(test::waitFor([&] {
-        if (rich.bodies.isEmpty())
-            notifier.post({tag, s(u"t"), s(u"a <b>"), Urgency::normal});
-        return !rich.bodies.isEmpty();
+        // The news of the other server may come after a first post.
+        notifier.post({tag, s(u"t"), s(u"a <b>"), Urgency::normal});
+        return rich.bodies.contains(s(u"a &lt;b&gt;"));
     }));
-    EXPECT_EQ(rich.bodies.first(), s(u"a &lt;b&gt;"));
-    const auto sent = rich.bodies.size();
     // The answer to Notify comes after the call; withdrawing before or after it closes what was shown.
     ASSERT_TRUE(test::waitFor([&] {
         notifier.withdraw(tag);
         return !rich.closed.isEmpty();
     }));
-    EXPECT_LE(rich.closed.first(), static_cast<uint>(sent));
+    EXPECT_LE(rich.closed.first(), static_cast<uint>(rich.bodies.size()));
 }
 
 } // namespace

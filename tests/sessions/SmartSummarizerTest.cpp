@@ -206,7 +206,8 @@ TEST_F(SmartSummarizerTest, saysWhatWentWrong)
         {"hung up", "", u"cannot be reached"},
     };
     for (const Row& row : rows) {
-        m_provider.answers = {row.answer};
+        // Qt asks again when a connection ends without a word.
+        m_provider.answers = std::deque<QByteArray>(row.answer.isEmpty() ? 8 : 1, row.answer);
         const QString said = tested();
         EXPECT_TRUE(said.contains(QStringView(row.said))) << row.name << ": " << said.toStdString();
         EXPECT_FALSE(said.contains(QStringLiteral("secret-key")));
