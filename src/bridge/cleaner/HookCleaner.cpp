@@ -136,12 +136,12 @@ CleaningReport replaceFile(const std::string& path, const struct stat& before, c
 bool namesUs(const RawJson& value)
 {
     return value.isObject() && std::ranges::any_of(value.children, [](const auto& member) {
-               return member.first == "command" && member.second.kind == RawJson::Kind::string &&
-                      member.second.text.find(ownershipMark) != std::string::npos;
+               return member.name == "command" && member.value.kind == RawJson::Kind::string &&
+                      member.value.text.find(ownershipMark) != std::string::npos;
            });
 }
 
-using Children = std::vector<std::pair<std::string, RawJson>>;
+using Children = std::vector<RawJson::Member>;
 
 // Like std::erase_if, with a predicate that may change what it is shown.
 template <typename Predicate>
@@ -169,7 +169,7 @@ bool stripGroup(RawJson& group)
         if (name != "hooks" || !entries.isArray())
             continue;
         const auto removed =
-            std::erase_if(entries.children, [](const auto& entry) { return namesUs(entry.second); });
+            std::erase_if(entries.children, [](const auto& entry) { return namesUs(entry.value); });
         emptied = emptied || (removed > 0 && entries.children.empty());
     }
     return emptied;
@@ -187,7 +187,7 @@ std::size_t countOurs(const RawJson& group)
     for (const auto& [name, entries] : group.children) {
         if (group.isObject() && name == "hooks" && entries.isArray())
             count += static_cast<std::size_t>(std::ranges::count_if(
-                entries.children, [](const auto& entry) { return namesUs(entry.second); }));
+                entries.children, [](const auto& entry) { return namesUs(entry.value); }));
     }
     return count;
 }
@@ -199,12 +199,12 @@ Stripping stripHooks(RawJson& hooks)
         if (!groups.isArray())
             continue;
         for (const auto& group : groups.children)
-            stripping.lostEntries = stripping.lostEntries || countOurs(group.second) > 0;
-        if (removeWhere(groups.children, [](auto& group) { return stripGroup(group.second); }) > 0)
+            stripping.lostEntries = stripping.lostEntries || countOurs(group.value) > 0;
+        if (removeWhere(groups.children, [](auto& group) { return stripGroup(group.value); }) > 0)
             stripping.lostGroups = true;
     }
     std::erase_if(hooks.children,
-                  [](const auto& event) { return event.second.isArray() && event.second.children.empty(); });
+                  [](const auto& event) { return event.value.isArray() && event.value.children.empty(); });
     return stripping;
 }
 
@@ -214,12 +214,12 @@ Stripping stripSettings(RawJson& settings)
     if (!settings.isObject())
         return all;
     removeWhere(settings.children, [&all](auto& member) {
-        if (member.first != "hooks" || !member.second.isObject())
+        if (member.name != "hooks" || !member.value.isObject())
             return false;
-        const Stripping stripping = stripHooks(member.second);
+        const Stripping stripping = stripHooks(member.value);
         all.lostGroups = all.lostGroups || stripping.lostGroups;
         all.lostEntries = all.lostEntries || stripping.lostEntries;
-        return member.second.children.empty();
+        return member.value.children.empty();
     });
     return all;
 }

@@ -57,8 +57,8 @@ private:
         if (m_open.empty())
             return root = std::move(value);
         auto& siblings = m_open.back()->children;
-        siblings.emplace_back(m_open.back()->isObject() ? std::move(m_key) : std::string(), std::move(value));
-        return siblings.back().second;
+        siblings.push_back({m_open.back()->isObject() ? std::move(m_key) : std::string(), std::move(value)});
+        return siblings.back().value;
     }
     bool add(RawJson::Kind kind, std::string text)
     {

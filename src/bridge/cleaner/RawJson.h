@@ -5,13 +5,13 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace nibbo {
 
 struct RawJson
 {
+    struct Member;
     enum class Kind
     {
         literal, // true, false, null or a number, in `text` as it is written
@@ -22,7 +22,7 @@ struct RawJson
 
     Kind kind = Kind::literal;
     std::string text;
-    std::vector<std::pair<std::string, RawJson>> children;
+    std::vector<Member> children;
 
     // Nothing for what is not strict JSON (comments are not), for broken UTF-8 and for extreme nesting.
     static std::optional<RawJson> parse(std::string_view text);
@@ -31,6 +31,12 @@ struct RawJson
 
     bool isArray() const { return kind == Kind::array; }
     bool isObject() const { return kind == Kind::object; }
+};
+
+struct RawJson::Member
+{
+    std::string name;
+    RawJson value;
 };
 
 } // namespace nibbo
