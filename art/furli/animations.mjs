@@ -1,7 +1,7 @@
 // How Furli acts. Every animation is a function of the loop time t in [0, 1) that returns a pose; character.md has the acting notes.
 // Coordinates are those before the figure is mirrored: props stand on the left, the tail on the right.
 import { clamp, ell, group as g, lerp, path, rotate as R, scale as S, translate as T } from '../lib/svg.mjs';
-import { curve, during, fadeInOut, life, step, wave } from '../lib/motion.mjs';
+import { curve, during, life, pop, step, wave } from '../lib/motion.mjs';
 import { kit } from './rig.mjs';
 import * as X from './props.mjs';
 
@@ -14,14 +14,14 @@ export const animations = {};
 const add = (name, frames, pose) => { animations[name] = { frames, pose }; };
 
 // ---- idle: a slow look aside, a blink, an ear turns, the tail sways
-add('idle', 10, t => {
+add('idle', 8, t => {
   const aside = curve(t, [[0, 0], [.16, 0], [.3, 1], [.5, 1], [.62, 0]]), flick = curve(t, [[0, 0], [.68, 0], [.76, 1], [.86, -.3], [.95, 0]]);
   return { ...breath(t, .017), head: { tilt: 3 * aside, turn: -.26 * aside, y: -1.6 * wave(t, 1, -.05) }, ...look(t, { px: -.6 * aside }, .6),
     ears: { l: -2 * wave(t, 1, -.1), r: 13 * flick - 2 * wave(t, 1, -.1) }, tail: { angle: 9 + 5 * wave(t, 1, -.2), curl: 1 + .03 * wave(t, 1, -.3) }, mouth: during(t, .7, .3) ? 'smile' : 'hum', scarf: { swing: 2 * wave(t, 1, -.2) } };
 });
 
 // ---- thinking: paw to the chin, gaze up, a brow lifts, dots travel through the cloud
-add('thinking', 10, t => ({
+add('thinking', 8, t => ({
   x: 20, ...breath(t, .012), lean: 2, head: { tilt: 7 + 2 * wave(t), turn: -.3, nod: -.28 }, ...look(t, { px: -.7 + .25 * wave(t), py: -1 }, .8), brow: { l: -5 - 1.5 * wave(t, 1, .2), r: 1 }, mouth: 'side', ears: { l: -6 + 3 * wave(t, 1, -.2), r: 8 + 3 * wave(t, 1, -.25) },
   armL: { x: -17 + 1.5 * wave(t, 2), y: -93 + 2 * wave(t, 2), z: 'front', bend: -16, from: [-40, -68] }, armR: { x: -2, y: -54, bend: 16 }, tail: { angle: 8 + 6 * wave(t, 1, -.15), curl: 1.02 },
   back: [X.dots([[92, 112 + wave(t, 1, -.2), 5.5], [78, 92 + 1.5 * wave(t, 1, -.1), 8.5]]), X.cloud(63, 48 + 2 * wave(t), t)],
@@ -36,14 +36,14 @@ add('coding', 8, t => {
 });
 
 // ---- reading: the gaze crosses two lines, then a leaf turns
-add('reading', 10, t => {
+add('reading', 8, t => {
   const gaze = -curve(t, [[0, -.9], [.28, .9], [.36, -.8], [.64, .9], [.82, .3]]), flip = during(t, .66, .34) ? clamp((t - .66) / .28) : null, lift = flip === null ? 0 : Math.sin(flip * Math.PI);
-  return { ...breath(t, .012), head: { y: 5, nod: .55, tilt: 3 * gaze, turn: .12 * gaze }, ...look(t, { py: 1, px: .8 * gaze }, .9), brow: { y: -1 - 3 * lift }, mouth: lift > .3 ? 'smile' : 'hum', ears: { l: -5 * lift, r: 2 * wave(t, 1, -.1) },
+  return { ...breath(t, .012), head: { y: 5, nod: .55, tilt: 3 * gaze, turn: .12 * gaze }, ...look(t, { py: 1, px: .8 * gaze }, .86), brow: { y: -1 - 3 * lift }, mouth: lift > .3 ? 'smile' : 'hum', ears: { l: -5 * lift, r: 2 * wave(t, 1, -.1) },
     armL: { x: -70 + 14 * lift, y: -26 - 14 * lift, z: 'front', bend: 4, from: [-46, -64] }, armR: { x: 70, y: -26, z: 'front', bend: 4, from: [46, -64] }, armsOverMid: true, midProps: [X.book(180, 258, { flip })], footL: { x: -34, y: 2 }, footR: { x: 34, y: 2 }, tail: { angle: 10 + 5 * wave(t, 1, -.2) } };
 });
 
 // ---- searching: sweeps the lens over the ground, a huge eye in it
-add('searching', 10, t => {
+add('searching', 8, t => {
   const keys = [[0, -1], [.12, -1], [.5, 1], [.62, 1]], s = curve(t, keys), lead = curve(t + .07, keys), late = curve(t - .08, keys), down = Math.cos(s * Math.PI / 2);
   return { x: 6 * s, lean: 3 * s, head: { turn: -.12 - .16 * s, tilt: 4 * s, y: 2 * down }, eyes: { px: -.5 + .5 * lead, py: .2, shape: blink(t, .3) ? 'sleep' : 'open' }, brow: { l: -5, r: 3 * s }, mouth: s > .5 ? 'o' : 'tiny', ears: { l: -4 - 4 * late, r: 4 + 4 * late },
     armR: { x: 24, y: -42 }, armL: { x: -60, y: -84, z: 'over' }, tail: { angle: 9 + 7 * late, curl: 1 + .03 * late },
@@ -52,7 +52,7 @@ add('searching', 10, t => {
 });
 
 // ---- running a command: type, enter, the bar fills, done
-add('running', 10, t => {
+add('running', 8, t => {
   const typed = clamp(t / .36), done = clamp((t - .4) / .45), glad = during(t, .86, .14), keys = [[0, 0], [.36, 0], [.44, -1], [.54, .4], [.66, 0], [.84, 0], [.92, 1]], hop = curve(t, keys), press = during(t, .36, .14);
   return { x: 44, sy: 1 + .02 * hop, sx: 1 - .012 * hop, lean: -2 - (press ? 1.5 : 0), head: { turn: -.5, tilt: -4 + 2 * hop, nod: .05 }, eyes: glad ? { shape: 'happy' } : { px: -1, py: .15 }, mouth: glad ? 'grin' : typed < 1 ? 'tiny' : 'smile', brow: { y: glad ? -5 : -2 }, ears: { l: -5 * curve(t - .06, keys), r: 4 - 4 * curve(t - .06, keys) },
     armL: { x: -74 + (press ? 2 : 0), y: -54 + (typed < 1 ? 3 * wave(t, 5) : press ? 5 : 0) - (glad ? 8 : 0), z: 'front', bend: 6, from: [-40, -66] }, armR: { x: 16, y: -46 }, tail: { angle: 10 + 6 * wave(t, 2, -.2), curl: 1.07, len: 226 }, back: [X.terminal(68, 196, { typed, done, caret: typed < 1 || during(t * 5, 0, .5) })] };
@@ -66,7 +66,7 @@ add('browsing', 8, t => {
 });
 
 // ---- planning: ticks three boxes, is pleased
-add('planning', 10, t => {
+add('planning', 8, t => {
   const n = clamp(curve(t, [[0, 0], [.08, 0], [.22, 1], [.3, 1], [.44, 2], [.52, 2], [.66, 3], [.999, 3]]), 0, 3), glad = during(t, .7, .26);
   const dx = curve(t, [[0, 0], [.22, -5], [.3, 0], [.44, -5], [.52, 0], [.66, -5], [.8, 8]]), y = curve(t, [[0, 190], [.15, 198], [.22, 188], [.3, 212], [.37, 222], [.44, 212], [.52, 236], [.59, 246], [.66, 236], [.8, 212]]);
   return { x: 30, ...breath(t, .01), head: { turn: -.34, tilt: glad ? -1 : -5, nod: lerp(.14, .34, n / 3) }, eyes: glad ? { shape: 'happy' } : { px: -.8, py: lerp(.2, .9, n / 3) }, mouth: glad ? 'smile' : 'tiny', brow: { y: glad ? -4 : 0 }, ears: { l: glad ? -6 : 2 * wave(t, 3), r: glad ? -3 : 3 }, tail: { angle: 10 + (glad ? 8 : 4) * wave(t, 2, -.2), curl: 1.06, len: 240 },
@@ -74,7 +74,7 @@ add('planning', 10, t => {
 });
 
 // ---- compacting: hop, sit the pile flat, spring back
-add('compacting_context', 10, t => {
+add('compacting_context', 8, t => {
   const pile = curve(t, [[0, 62], [.3, 62], [.42, 28], [.72, 30], [.86, 62]]), up = curve(t, [[0, 2], [.1, 0], [.24, 15], [.34, 8], [.42, 0], [.66, 0], [.8, 10], [.92, 2]]), sy = curve(t, [[0, .99], [.1, .93], [.24, 1.05], [.34, 1.04], [.44, .87], [.56, .95], [.66, .94], [.8, 1.04], [.92, .97]]);
   const late = curve(t - .08, [[0, 0], [.24, 1], [.44, -1], [.66, -.4], [.8, .6], [.92, 0]]), pressed = during(t, .36, .26), glad = during(t, .62, .2), q = clamp((62 - pile) / 34);
   return { y: -pile + 4 - up, scale: .8, sy, sx: 1 + (1 - sy) * .6, shadowW: 1.35, head: { y: pressed ? 7 : -2 * late, nod: pressed ? .1 : .25, puff: pressed ? .8 : 0 }, eyes: pressed ? { shape: 'squeeze' } : glad ? { shape: 'happy' } : { py: 1 }, mouth: pressed ? 'wavy' : glad ? 'smile' : 'tiny', brow: pressed ? { y: 4, tilt: 14 } : { y: -2 }, blush: pressed ? .8 : .55, ears: { l: -8 * late + 4, r: -8 * late + 4 },
@@ -88,7 +88,7 @@ add('responding', 8, t => ({
 }));
 
 // ---- approval: holds out the amber shield, raises a paw, waits for you
-add('approval', 10, t => {
+add('approval', 8, t => {
   const keys = [[0, 0], [.1, -.3], [.26, 1], [.44, 1], [.58, 0], [.68, .35], [.8, 0]], up = curve(t, keys), late = curve(t - .08, keys);
   return { x: 18, sy: 1 + .02 * up, sx: 1 - .012 * up, head: { tilt: 3 - 5 * up, y: -3 * up, turn: -.06 }, eyes: blink(t, .84) ? { shape: 'sleep' } : { size: 1.07 }, brow: { y: -5 - 2 * up }, mouth: up > .2 ? 'o' : 'tiny', ears: { l: -10 - 4 * late, r: -10 - 4 * late }, armR: { x: 100 + 4 * up, y: -112 - 12 * up, bend: 20, z: 'front', from: [43, -68] }, armL: { x: -62, y: -52, z: 'over' },
     tail: { angle: 10 + 5 * wave(t, 1, -.2), curl: 1.02 }, front: [X.shieldQ(92, 208 - 6 * up, { rot: -5 + 8 * up, s: 1 + .07 * up })], over: P => limb(P, [-42, -68], [-62, -48 - 4 * up], { bend: 10 }) };
@@ -107,7 +107,7 @@ const burst = k => {
   const s = Math.min(1, k / .3, (1 - k) / .4), out = 12 * k;
   return [X.sparkle(48 - out, 82 - out, 22 * s), X.sparkle(318 + out * .6, 66 - out, 18 * s, 'a'), X.sparkle(34 - out * .4, 160, 13 * s, 'a'), X.sparkle(330 + out * .4, 140, 13 * s)];
 };
-add('wave', 10, t => {
+add('wave', 8, t => {
   const lift = curve(t, [[0, 0], [.16, 0], [.28, 16], [.36, 18], [.48, 0], [.56, 4], [.62, 0]]), sy = curve(t, [[0, 1], [.12, .91], [.24, 1.05], [.36, 1.03], [.48, .92], [.58, 1.02], [.68, 1]]), late = curve(t - .07, [[0, 0], [.12, .8], [.26, -1], [.48, 1], [.6, -.4], [.72, 0]]);
   const arms = curve(t, [[0, 0], [.12, -.1], [.26, 1], [.42, 1], [.6, .2], [.9, .1]]), wavingArm = curve(t, [[0, .4], [.12, 0], [.26, 1], [.95, .9]]), waving = during(t, .56, .4), sway = waving ? wave(t, 5, -.9) : 0;
   return { scale: .95, y: -lift, sy, sx: 1 + (1 - sy) * .6, shadow: 1 - lift / 90, head: { tilt: waving ? 4 * sway : 0, y: -2 * arms }, eyes: during(t, .08, .52) ? { shape: 'happy' } : { size: 1.04 }, mouth: during(t, .18, .74) ? 'open' : 'grin', brow: { y: -5 }, ears: { l: -6 + 9 * late, r: -6 + 9 * late },
@@ -119,7 +119,7 @@ add('wave', 10, t => {
 add('warning', 8, t => {
   const tremble = wave(t, 4, .25), throb = .5 + .5 * wave(t, 2), slide = t;
   return { x: 26 + 1.4 * tremble, sy: .985 + .008 * wave(t, 2), head: { turn: -.14, tilt: 5 + tremble, y: 2 }, eyes: { shape: 'sad', open: .9, px: -.5, size: 1.02 }, brow: { y: -4, tilt: -16 }, mouth: 'wavy', blush: .35, ears: { l: 17 + 3 * wave(t, 2, -.2), r: 18 + 3 * wave(t, 2, -.2) }, armL: { x: -14, y: -66 + tremble, z: 'front', bend: -4 }, armR: { x: 16, y: -64 - tremble, z: 'front', bend: -4 }, tail: { angle: 12 + 3 * tremble, curl: 1.1, len: 205 },
-    back: [X.triangle(74, 222, { rot: 5 * wave(t, 2, .25), s: 1 + .09 * throb })], front: [X.sweat(262, 100 + 26 * slide * slide, 1.1 * Math.min(1, .4 + slide * 3), fadeInOut(slide, .05, .25))] };
+    back: [X.triangle(74, 222, { rot: 5 * wave(t, 2, .25), s: 1 + .09 * throb })], front: [X.sweat(262, 100 + 26 * slide * slide, 1.1 * pop(slide))] };
 });
 
 // ---- sleeping: a loaf on a pillow under its own tail
@@ -129,9 +129,9 @@ add('sleeping', 8, t => {
     g(T(206, 262) + S(1 - .006 * k, 1 + .026 * k), path('M-84 4C-104 -44 -62 -98 6 -98C70 -98 104 -54 96 -8C94 4 84 6 76 6C30 12 -40 12 -84 4Z', { fill: U('body'), stroke: P.line, sw: 4.4 })),
     g(T(297, 258), tail(P, { x: 2, y: -20, angle: 32 + 1.5 * wave(t, 1, -.2), curl: .8, len: 232, flip: -1 })),
     g(T(164, 330 - k) + R(-4), scarf(P)),
-    g(T(134, 349 - 2 * k), head(P, { head: { tilt: -7, nod: .24, turn: -.1 }, eyes: { shape: 'sleep' }, mouth: up > .8 ? 'o' : 'hum', brow: { y: 1 - up }, ears: { l: 14, r: 4 + 9 * twitch, fold: .15 }, blush: .75 })),
+    g(T(134, 349 - 2 * k), head(P, { head: { tilt: -7, nod: .24, turn: -.1 }, eyes: { shape: 'sleep' }, mouth: 'hum', brow: { y: 1 - up }, ears: { l: 14, r: 4 + 9 * twitch, fold: .15 }, blush: .75 })),
     limb(P, [196, 250], [160, 258], { bend: 5 })),
-  front: [X.zzz([0, 1, 2].map(i => { const z = life(t, i, 3); return [252 + 66 * z + 5 * Math.sin(z * 9), 122 - 86 * z, .65 + .95 * z, fadeInOut(z, .15, .25)]; }))] };
+  front: [X.zzz([0, 1, 2].map(i => { const z = life(t, i, 3); return [146 - 56 * z - 5 * Math.sin(z * 9), 118 - 88 * z, (.65 + .95 * z) * pop(z)]; }))] };
 });
 
 // ---- walk: a diagonal trot; the body bobs twice, the tail wags once
@@ -149,7 +149,7 @@ add('walk', 8, t => {
 });
 
 // ---- coffee: smells it, lifts it, sips, sighs
-add('coffee', 10, t => {
+add('coffee', 8, t => {
   const keys = [[0, 0], [.28, 0], [.42, 1], [.68, 1], [.82, 0]], up = curve(t, keys), sip = up > .75, sigh = during(t, .8, .18), y = 250 - 42 * up;
   return { ...breath(t, .014), head: { tilt: -3 * wave(t, 1, .1), nod: lerp(.22, -.12, up), y: 2 - 4 * up }, eyes: sip || sigh ? { shape: sigh ? 'happy' : 'sleep' } : blink(t, .2) ? { shape: 'sleep' } : { py: .9 }, mouth: sip ? 'none' : sigh ? 'o' : 'smile', brow: { y: -3 - 2 * up }, blush: .62 + .2 * up, ears: { l: 2 + 6 * curve(t - .07, keys), r: 2 + 6 * curve(t - .07, keys) }, armL: { x: -32, y: -34, z: 'over' }, armR: { x: 32, y: -34, z: 'over' }, tail: { angle: 10 + 5 * wave(t, 1, -.2) }, front: [X.cup(180, y, t * 2, up < .4)],
     over: P => limb(P, [-47, -66], [-35, y - 278], { bend: 12 }) + limb(P, [47, -66], [35, y - 278], { bend: -12 }) };
@@ -157,19 +157,19 @@ add('coffee', 10, t => {
 
 // ---- relaxing: leans back on a bean bag, rocks its toes, hums
 add('relaxing', 8, t => ({
-  x: 2, y: -14, lean: -24 + .8 * wave(t), sy: 1 + .012 * wave(t), back: [X.beanbag(178, 284)], shadowW: 1.5, shadowX: -4, head: { y: 8, tilt: 9 + 2 * wave(t, 1, -.1), nod: -.12 }, eyes: { shape: during(t, .5, .36) ? 'happy' : 'sleep' }, mouth: 'smile', blush: .75, ears: { l: 12 + 3 * wave(t, 1, -.2), r: 6 + 3 * wave(t, 1, -.2) }, armL: { x: -20, y: -46, bend: 12 }, armR: { x: 12, y: -40, bend: 12 }, tail: { x: 42, y: -26, angle: 28 + 3 * wave(t, 1, -.2), curl: .94, len: 216 },
-  footL: { sole: 1, x: 4, y: 2, rot: 7 * wave(t, 2) }, footR: { sole: 1, x: 48, y: -14, rot: 30 + 8 * wave(t, 2, .25) }, front: [0, 1].map(k => { const z = life(t, k, 2); return X.note(52 - 18 * z + 7 * Math.sin(z * 7 + k * 3), 128 - 86 * z, .75 + .3 * z, 10 * Math.sin(z * 7 + k * 3), fadeInOut(z, .2, .3)); }),
+  x: 6, y: -14, lean: -24 + .8 * wave(t), sy: 1 + .012 * wave(t), back: [X.beanbag(178, 284)], shadowW: 1.5, shadowX: -4, head: { y: 8, tilt: 9 + 2 * wave(t, 1, -.1), nod: -.12 }, eyes: { shape: during(t, .5, .36) ? 'happy' : 'sleep' }, mouth: 'smile', blush: .75, ears: { l: 12 + 3 * wave(t, 1, -.2), r: 6 + 3 * wave(t, 1, -.2) }, armL: { x: -20, y: -46, bend: 12 }, armR: { x: 12, y: -40, bend: 12 }, tail: { x: 42, y: -26, angle: 28 + 3 * wave(t, 1, -.2), curl: .94, len: 216 },
+  footL: { sole: 1, x: 4, y: 2, rot: 7 * wave(t, 2) }, footR: { sole: 1, x: 48, y: -14, rot: 30 + 8 * wave(t, 2, .25) }, front: [0, 1].map(k => { const z = life(t, k, 2); return X.note(306 + 18 * z + 7 * Math.sin(z * 7 + k * 3), 112 - 80 * z, (.8 + .3 * z) * pop(z), 10 * Math.sin(z * 7 + k * 3)); }),
 }));
 
 // ---- drowsy: nods off, jerks up, yawns behind a paw
-add('drowsy', 10, t => {
+add('drowsy', 8, t => {
   const keys = [[0, .1], [.3, 1], [.38, 1], [.44, .05], [.5, .1]], nod = curve(t, keys), late = curve(t - .06, keys), yawn = curve(t, [[0, 0], [.5, 0], [.62, 1], [.78, 1], [.9, 0]]), z = clamp((t - .04) / .4);
-  return { sy: .985 - .012 * nod + .02 * yawn, sx: 1.01 + .01 * nod, lean: 3 * nod, head: { tilt: 10 * nod - 4 * yawn, nod: .3 * nod - .2 * yawn, y: 9 * nod }, eyes: yawn > .4 || nod > .75 ? { shape: 'sleep' } : { shape: 'half', open: lerp(.58, .38, nod), py: .2 }, brow: during(t, .42, .1) ? { y: -9 } : { y: -4 - 3 * yawn, tilt: -10 * nod }, mouth: yawn > .5 ? 'yawn' : yawn > .1 ? 'o' : 'hum', ears: { l: 14 + 6 * late + 4 * yawn, r: 15 + 7 * late + 4 * yawn }, armL: { x: -20, y: -34 }, armR: { x: lerp(20, 26, yawn), y: lerp(-34, -92, yawn), z: 'front', bend: 14, from: [42, -66] }, tail: { angle: 18 + 4 * nod, curl: 1.02 },
-    front: t < .44 ? [X.zzz([[62 - 26 * z, 116 - 44 * z, .8 + .5 * z, fadeInOut(z, .25, .2)]])] : [] };
+  return { sy: .985 - .012 * nod + .02 * yawn, sx: 1.01 + .01 * nod, lean: 3 * nod, head: { tilt: 10 * nod - 4 * yawn, nod: .3 * nod - .2 * yawn, y: 7 * nod }, eyes: yawn > .4 || nod > .75 ? { shape: 'sleep' } : { shape: 'half', open: lerp(.58, .38, nod), py: .2 }, brow: during(t, .42, .1) ? { y: -9 } : { y: -4 - 3 * yawn, tilt: -10 * nod }, mouth: yawn > .5 ? 'yawn' : yawn > .1 ? 'o' : 'hum', ears: { l: 14 + 6 * late + 4 * yawn, r: 15 + 7 * late + 4 * yawn }, armL: { x: -20, y: -34 }, armR: { x: lerp(20, 26, yawn), y: lerp(-34, -92, yawn), z: 'front', bend: 14, from: [42, -66] }, tail: { angle: 16 + 2 * nod, curl: 1.02 },
+    front: t < .44 ? [X.zzz([[62 - 26 * z, 116 - 44 * z, (.8 + .5 * z) * pop(z)]])] : [] };
 });
 
 // ---- reactions to the pointer
-add('react_startled', 10, t => {
+add('react_startled', 8, t => {
   const lift = curve(t, [[0, 0], [.1, 0], [.24, 24], [.34, 22], [.46, 0], [.54, 5], [.62, 0]]), sy = curve(t, [[0, .98], [.1, .91], [.22, 1.06], [.34, 1.03], [.46, .93], [.56, 1.02], [.68, 1]]), arms = curve(t, [[0, 0], [.1, .1], [.22, 1], [.4, 1], [.62, .5], [.85, .2]]), shake = during(t, .5, .5) ? wave(t, 10, .25) : 0, late = curve(t - .06, [[0, .2], [.1, 1], [.24, -1], [.46, .5], [.6, -.2], [.8, 0]]);
   return { x: 1.6 * shake, scale: .92, y: -lift, sy, sx: 1 + (1 - sy) * .6, shadow: 1 - lift / 75, head: { y: -4 * arms }, eyes: { shape: 'wide', px: .5 * curve(t, [[0, 0], [.6, 0], [.72, -1], [.86, 1]]) }, brow: { y: -10 }, mouth: 'o', blush: .2, ears: { l: -4 + 7 * late, r: -4 + 7 * late }, armL: { x: lerp(-48, -88, arms), y: lerp(-60, -94, arms), bend: -14, from: [-42, -70] }, armR: { x: lerp(48, 88, arms), y: lerp(-60, -94, arms), bend: 14, from: [42, -70] },
     footL: { x: -36, y: lift > 10 ? 6 : 0, rot: lift > 10 ? 28 : 0 }, footR: { x: 36, y: lift > 10 ? 6 : 0, rot: lift > 10 ? -28 : 0 }, tail: { x: 40, y: -22, angle: -14 + 6 * late, curl: .5 + .3 * (1 - arms), fluff: 1 + .42 * arms, len: 214 },
@@ -178,17 +178,17 @@ add('react_startled', 10, t => {
 add('react_grumpy', 8, t => {
   const puff = curve(t, [[0, .2], [.3, 1], [.5, 1], [.6, .1]]), blow = clamp((t - .5) / .45), shake = wave(t, 4) * puff;
   return { sx: 1.02 + .02 * puff, sy: .985 - .02 * puff, head: { puff: .5 + .6 * puff, turn: .13 + .04 * shake, tilt: 2 + 1.5 * shake, y: 3 }, eyes: { shape: 'angry', open: .74, px: -.5 }, brow: { y: 5, tilt: 24 }, mouth: blow > 0 && blow < .6 ? 'flat' : 'pout', blush: .62 + .2 * puff, ears: { l: 20 + 3 * puff, r: 20 + 3 * puff, fold: .1 }, armL: { x: 10, y: -58, bend: -20, z: 'front' }, armR: { x: -14, y: -50, bend: 20, z: 'front' }, tail: { angle: 2 + 5 * shake, curl: 1.1, fluff: 1.1 + .06 * puff },
-    front: blow > 0 ? [X.puff(300 + 24 * blow, 128 - 26 * blow, .7 + .9 * blow, fadeInOut(blow, .1, .35)), X.puff(62 - 22 * blow, 128 - 26 * blow, .7 + .9 * blow, fadeInOut(blow, .1, .35))] : [] };
+    front: blow > 0 ? [X.puff(300 + 22 * blow, 128 - 26 * blow, (.8 + .7 * blow) * pop(blow)), X.puff(62 - 22 * blow, 128 - 26 * blow, (.8 + .7 * blow) * pop(blow))] : [] };
 });
 add('react_shoo', 8, t => {
   const k = .5 + .5 * wave(t, 2, .25), gust = 1 - k, peek = during(t, .62, .26);
   return { x: 16, lean: 3 + gust, head: { turn: .3, tilt: 7 + 2 * gust, y: 1 }, eyes: peek ? { shape: 'angry', open: .66, px: -.9 } : { shape: 'sleep' }, brow: { y: 2, tilt: 12 }, mouth: 'pout', blush: .4, ears: { l: 13 + 3 * wave(t, 2, .1), r: 8 + 3 * wave(t, 2, .1) }, armL: { x: lerp(-94, -84, k), y: lerp(-44, -86, k), bend: lerp(8, -12, k), z: 'front', from: [-42, -68] }, armR: { x: 26, y: -40 }, tail: { angle: 6 * wave(t, 2, -.1), curl: 1.05, len: 215 },
-    back: [X.curves(['M66 200C54 184 54 168 62 154', 'M42 208C28 188 28 166 40 146'], gust)] };
+    back: [...(gust > .4 ? [X.curves(['M66 200C54 184 54 168 62 154', 'M42 208C28 188 28 166 40 146'])] : [])] };
 });
-add('react_happy', 10, t => {
+add('react_happy', 8, t => {
   const hop = Math.max(0, wave(t, 2)), sy = 1 + .022 * wave(t, 2, -.05), side = wave(t);
   return { y: -7 * hop, sy, sx: 1 + (1 - sy) * .6, shadow: 1 - .07 * hop, head: { tilt: 6 * side, y: -1 - hop }, eyes: { shape: 'happy' }, mouth: 'grin', blush: .84, brow: { y: -5 }, ears: { l: -2 - 6 * wave(t, 2, -.2), r: -2 - 6 * wave(t, 2, -.22) }, armL: { x: -15, y: -62 - 3 * hop, z: 'front', bend: -6 }, armR: { x: 15, y: -62 - 3 * hop, z: 'front', bend: -6 }, tail: { angle: 4 + 10 * wave(t, 2, -.2), curl: 1 + .04 * wave(t, 2, -.3) }, scarf: { swing: 6 * wave(t, 2, -.2) },
-    front: [[36, 120, 17, -14], [322, 112, 17, 12], [58, 178, 12, 8], [312, 170, 11, -8]].map(([x, y, s, r], k) => { const z = life(t, k, 4); return X.heart(x + 6 * Math.sin(z * 6 + k), y - 62 * z, s * (.5 + .55 * Math.min(1, z * 2)), r + 8 * Math.sin(z * 6 + k * 2), fadeInOut(z, .12, .3)); }) };
+    front: [[36, 120, 17, -14], [322, 112, 17, 12], [58, 178, 12, 8], [312, 170, 11, -8]].map(([x, y, s, r], k) => { const z = life(t, k, 4); return X.heart(x + 6 * Math.sin(z * 6 + k), y - 62 * z, s * pop(z), r + 8 * Math.sin(z * 6 + k * 2)); }) };
 });
 add('react_shy', 8, t => {
   const keys = [[0, 0], [.3, 0], [.46, 1], [.74, 1], [.9, 0]], hide = curve(t, keys), sway = wave(t, 2), late = curve(t - .08, keys);
@@ -208,6 +208,6 @@ export const stills = {
   sleeping: () => moment('sleeping', .5),
   coffee: () => moment('coffee', 0),
   happy: () => moment('react_happy', .1),
-  sad: () => ({ sy: .985, lean: 2, head: { tilt: 6, nod: .2, y: 5 }, eyes: { shape: 'sad', open: .88, py: .5 }, brow: { y: -3, tilt: -18 }, mouth: 'frown', blush: .4, ears: { l: 22, r: 22, fold: .1 }, armL: { x: -14, y: -40 }, armR: { x: 14, y: -40 }, tail: { angle: 26, curl: .94, len: 240 } }),
+  sad: () => ({ sy: .985, lean: 2, head: { tilt: 6, nod: .2, y: 5 }, eyes: { shape: 'sad', open: .88, py: .5 }, brow: { y: -3, tilt: -18 }, mouth: 'frown', blush: .4, ears: { l: 22, r: 22, fold: .1 }, armL: { x: -14, y: -40 }, armR: { x: 14, y: -40 }, tail: { angle: 17, curl: 1, len: 250 } }),
   wave: () => ({ head: { tilt: -5, turn: -.08 }, mouth: 'open', brow: { y: -5 }, ears: { l: -6, r: 2 }, armL: { x: -104, y: -112, bend: -14, from: [-42, -70], z: 'front' }, back: [X.curves(['M48 118C38 130 36 146 42 160', 'M26 108C12 126 10 148 18 168'])] }),
 };

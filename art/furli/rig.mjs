@@ -18,7 +18,7 @@ function palette(tint) {
   const [A, AL, AM, AD, ADD, blush] = tints[tint];
   return { fur: '#e4c6a1', furLight: '#f0dabb', furShade: '#caa27e', furFar: '#c09a77', line: '#7c5a47',
     cream: '#fff5e4', creamShade: '#f3dfc4', cocoa: '#a37a61', cocoaDark: '#8a634d',
-    eye: '#2b1c1e', eyeGlow: '#7a4a3c', nose: '#7d4f49', mouth: '#6b3f3b', mouthIn: '#8c3f47', tongue: '#ef8d93', hatch: '#c25f63',
+    eye: '#2b1c1e', eyeGlow: '#7a4a3c', nose: '#7d4f49', mouth: '#6b3f3b', mouthIn: '#8c3f47', tongue: '#ef8d93', hatch: '#c25f63', shadow: '#20161a',
     A, AL, AM, AD, ADD, blush,
     slate: '#4a5366', slateL: '#66718a', slateD: '#2f3646', paper: '#fffaf0', paperLine: '#c9b9a3', ink: '#6b5a4d',
     amber: '#ffc24d', amberD: '#b7791f', sky: '#8fcdf0', skyD: '#4583ad', leaf: '#93cf92', leafD: '#4f8f57', edge: '#fffaf2' };
@@ -201,11 +201,11 @@ function head(P, p) {
 }
 function scarf(P, o = {}) { const sw = o.swing || 0;
   return g('', g(T(-30, -80) + R(-sw), path('M-4 0C-14 6 -20 18 -20 32L-6 35C-4 24 0 14 6 8Z', { fill: P.A, stroke: P.AD, sw: INN }), path('M0 4C0 16 2 26 8 34L20 27C13 20 10 10 9 2Z', { fill: P.A, stroke: P.AD, sw: INN })),
-    path('M-44 -96C-46 -82 -34 -72 0 -72C34 -72 46 -82 44 -96C30 -86 -30 -86 -44 -96Z', { fill: U('scarf'), stroke: P.AD, sw: INN }),
+    path('M-44 -96C-46 -82 -34 -72 0 -72C34 -72 46 -82 44 -96C30 -86 -30 -86 -44 -96Z', { fill: P.A, stroke: P.AD, sw: INN }),
     ell(-30, -79, 9, 8, { fill: P.A, stroke: P.AD, sw: INN })); }
 
 function bodyFront(P) { return [path('M0 -102C26 -102 38 -90 44 -68C51 -48 63 -38 60 -19C57 -3 42 -1 0 -1C-42 -1 -57 -3 -60 -19C-63 -38 -51 -48 -44 -68C-38 -90 -26 -102 0 -102Z', { fill: U('body'), stroke: P.line, sw: OUT }),
-  ell(0, -38, 36, 33, { fill: U('belly') })].join(''); }
+  ell(0, -38, 36, 33, { fill: P.cream })].join(''); }
 
 // ---------------------------------------------------------------- character assembly
 // The light rim: the outlines of the figure in one colour and wider, drawn underneath.
@@ -237,7 +237,7 @@ export function draw(pose, tint = 'pink') {
       g(S(p.sx, p.sy) + R(p.lean, 0, -10), draw('body'), scarf(P, p.scarf || {})), mid ? g(T(-groundX, -groundY), mid) : '',
       g(S(lerp(1, p.sx, .6), p.sy) + R(p.lean, 0, -10), p.armsOverMid ? draw('mid') : '', head(P, p), draw('front')));
   }
-  const shw = p.shadow ? g(T(groundX + p.x * .9 + (p.shadowX || 0), groundY + 1) + S(86 * p.shadow * (p.shadowW || 1), 11 * p.shadow), ell(0, 0, 1, 1, { fill: U('shadow') })) : '';
+  const shw = p.shadow ? ell(groundX + p.x * .9 + (p.shadowX || 0), groundY + 2, 76 * p.shadow * (p.shadowW || 1), 8.5 * p.shadow, { fill: P.shadow, op: .18 }) : '';
   const ov = p.over ? g(T(groundX + p.x, groundY + p.y) + S(p.scale * p.sx, p.scale * p.sy) + R(p.lean, 0, -10), p.over(P, limb)) : '';
   const figure = back + fig + front + ov;
   return { content: g(T(width, 0) + S(-1, 1), shw + rim(figure, P) + figure.replace(/[\u0001\u0002]/g, '')), defs: gradients(P) };

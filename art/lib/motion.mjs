@@ -35,5 +35,5 @@ export const during = (t, from, length) => wrap(t - from + 1e-6) < length;
 /** Position 0..1 in its own life of the k-th of n things that follow each other through the loop (bubbles, hearts, "z"s). */
 export const life = (t, k, n) => wrap(t + k / n);
 
-/** Visible in the middle of a life, gone at both of its ends. */
-export const fadeInOut = (k, rise = .2, fall = .35) => Math.min(1, k / rise, (1 - k) / fall);
+/** Size over a life: grows in, shrinks out. (Fading would show the outlines of overlapping shapes through each other.) */
+export const pop = (k, rise = .2, fall = .2) => Math.max(0, Math.min(1, k / rise, (1 - k) / fall));

@@ -1,7 +1,7 @@
 // How Nibbo acts. Every animation is a function of the loop time t in [0, 1) that returns a pose; character.md has the acting
 // notes. Ears and tail are given a later time than the body, so that they follow it.
 import { at, path, lerp, clamp } from '../lib/svg.mjs';
-import { curve, during, fadeInOut, life, step, wave } from '../lib/motion.mjs';
+import { curve, during, life, pop, step, wave } from '../lib/motion.mjs';
 import { C, groundX, line, pose } from './rig.mjs';
 import * as X from './props.mjs';
 
@@ -27,10 +27,10 @@ add('idle', 10, t => {
 
 // ---- thinking: paw at the chin, gaze up and along, dots swell in the cloud
 add('thinking', 10, t => ({
-  x: -10, tilt: -5 + 1.5 * wave(t), bend: -4 + 1.5 * wave(t, 1, .1), turn: .25, pitch: -.15, mouth: 'side',
+  x: -14, tilt: -5 + 1.5 * wave(t), bend: -4 + 1.5 * wave(t, 1, .1), turn: .25, pitch: -.15, mouth: 'side',
   ...look(t, { lx: .75 + .2 * wave(t), ly: -1 }, .8), sy: 1 + .01 * wave(t, 1, .2),
   armR: { x: 10 + .8 * wave(t, 2), y: -21.5 + wave(t, 2), sh: [32, -13], open: 3 }, armL: { x: -22, y: -13 },
-  earL: { a: 30 + 3 * wave(t, 1, -.15), c: 20 + 4 * wave(t, 1, -.2) }, earR: { a: 21 + 4 * wave(t, 1, -.2), c: 8 + 5 * wave(t, 1, -.25) }, ...tail(t, 9),
+  earL: { a: 30 + 3 * wave(t, 1, -.15), c: 20 + 4 * wave(t, 1, -.2) }, earR: { a: 12 + 4 * wave(t, 1, -.2), c: 4 + 5 * wave(t, 1, -.25) }, ...tail(t, 9),
   fx: K => X.puff(groundX + 32, 65 + .6 * wave(t, 1, -.2), 2.8) + X.puff(groundX + 40, 54 + .8 * wave(t, 1, -.1), 4.2) + at(groundX + 58, 29.5 + 1.2 * wave(t), 0, 1, X.cloud(K, t)),
 }));
 
@@ -99,10 +99,10 @@ add('compacting_context', 10, t => {
   const up = curve(t, [[0, 2], [.1, 0], [.24, 15], [.34, 8], [.42, -1], [.52, 0], [.66, -1], [.8, 11], [.92, 3]]);
   const sy = curve(t, [[0, .97], [.1, .9], [.24, 1.07], [.34, 1.06], [.44, .74], [.56, .86], [.66, .84], [.8, 1.04], [.92, .94]]);
   const late = curve(t - .08, [[0, 0], [.24, 1], [.44, -1], [.66, -.5], [.8, .6], [.92, 0]]), pressed = during(t, .36, .26);
-  return { lift: pile - 1 + Math.max(0, up), sy, sx: 1 + (1 - sy) * .6, puff: pressed ? 2 : 0, ...noFeet, eyes: pressed ? { shape: 'squeeze' } : during(t, .62, .2) ? { shape: 'happy' } : { ly: .9 }, mouth: pressed ? 'wavy' : during(t, .62, .2) ? 'w' : 'tiny',
+  return { scale: .88, lift: pile - 1 + Math.max(0, up), sy, sx: 1 + (1 - sy) * .6, puff: pressed ? 2 : 0, ...noFeet, eyes: pressed ? { shape: 'squeeze' } : during(t, .62, .2) ? { shape: 'happy' } : { ly: .9 }, mouth: pressed ? 'wavy' : during(t, .62, .2) ? 'w' : 'tiny',
     ...ears(36 - 18 * late, 22 - 10 * late), tail: { a: 58 - 16 * late }, armL: hold(-26, -3 - Math.max(0, up) * .3, { sh: [-33, -18], layer: 'front', open: 3 }), armR: hold(26, -3 - Math.max(0, up) * .3, { sh: [33, -18], layer: 'front', open: 3 }),
     back: K => at(groundX, 139, 0, 1, X.stack(K, pile, 47 + (27 - pile) * .35)),
-    fx: () => [-1, 1].map(s => at(groundX + s * 72, lerp(94, 116, clamp((t - .2) / .26)) - (t > .6 ? lerp(0, 22, clamp((t - .62) / .3)) : 0), 0, 1, X.ost('M-5 -8L0 -2L5 -8M-5 1L0 7L5 1', C.amber, 2.6))).join('') };
+    fx: () => [-1, 1].map(s => at(groundX + s * 76, lerp(90, 114, clamp((t - .2) / .26)) - (t > .6 ? lerp(0, 22, clamp((t - .62) / .3)) : 0), 0, 1, X.ost('M-5 -8L0 -2L5 -8M-5 1L0 7L5 1', C.amber, 2.6))).join('') };
 });
 
 // ---- responding: talks with a presenting paw, the bubble fills
@@ -139,29 +139,30 @@ const petals = (K, k) => (k <= 0 || k >= 1 ? '' : [[14, 52, -30], [166, 50, 30]]
 add('wave', 10, t => {
   const lift = curve(t, [[0, 0], [.16, 0], [.28, 13], [.36, 15], [.48, 0], [.56, 3], [.62, 0]]);
   const sy = curve(t, [[0, 1], [.12, .86], [.24, 1.09], [.36, 1.04], [.48, .87], [.58, 1.03], [.68, 1]]);
-  const arms = curve(t, [[0, 0], [.12, -.15], [.26, 1], [.42, 1], [.6, .55], [.9, .35]]), late = curve(t - .07, [[0, 0], [.12, .8], [.26, -1], [.48, 1], [.6, -.4], [.72, 0]]);
+  const raise = [[.12, 0], [.26, 1]], left = curve(t, [[0, 0], ...raise, [.44, 1], [.6, 0]]), right = curve(t, [[0, .6], ...raise, [.9, 1]]), late = curve(t - .07, [[0, 0], [.12, .8], [.26, -1], [.48, 1], [.6, -.4], [.72, 0]]);
+  const arm = (side, k, sway = 0) => ({ x: side * lerp(29, 54, k) + sway, y: lerp(-15, -58, k), sh: [side * lerp(31, 37, k), lerp(-24, -27, k)], pad: k > .7, solid: k > .4, bow: -side * 4 * Math.sin(k * Math.PI) });
   const waving = during(t, .58, .38), sway = waving ? wave(t, 5, -.9) : 0, air = during(t, .2, .26);
   return { lift, sy, sx: 1 + (1 - sy) * .6, tilt: waving ? 3 * sway : 0, eyes: during(t, .08, .52) ? { shape: 'happy' } : { lx: .1 }, mouth: during(t, .18, .72) ? 'open' : 'smile',
     ...ears(23 + 14 * late, 13 + 11 * late), tail: { a: 56 + 14 * late }, footL: air ? { rot: 14 } : {}, footR: air ? { rot: -14 } : {},
-    armL: { x: lerp(-40, -54, Math.max(0, arms)), y: lerp(-22, -58, arms) + (waving ? 14 : 0), sh: [-34, -26], pad: arms > .5 && !waving, bow: arms < .4 ? 3 : 0 }, armR: { x: lerp(44, 54, clamp(arms * 1.6)) + 4 * sway, y: lerp(-24, -58, clamp(arms * 1.6)), sh: [37, -27], pad: 1 },
+    armL: arm(-1, left), armR: arm(1, right, 4 * sway),
     fx: K => celebrate(t, (t - .2) / .5) + petals(K, (t - .26) / .6) };
 });
 
 // ---- warning: shrinks back, trembles, the sign throbs, a drop runs down
 add('warning', 8, t => {
   const tremble = wave(t, 4, .25), throb = .5 + .5 * wave(t, 2), slide = life(t, 0, 1);
-  return { x: -26 + .7 * tremble, sy: .985 + .012 * wave(t, 2), sx: 1.01, tilt: -2, eyes: { lx: .5, ly: -.5, size: 1.03 }, brow: 'worried', mouth: 'wavy',
-    earL: { a: 56 + 4 * wave(t, 2, -.2), c: 30 + 4 * tremble }, earR: { a: 67 + 4 * wave(t, 2, -.2), c: 30 - 4 * tremble }, tail: { a: 74 + 4 * tremble }, armL: { x: -9, y: -20 + .5 * tremble, sh: [-26, -16], open: 4 }, armR: { x: 11, y: -20 - .5 * tremble, sh: [28, -16], open: 4 },
-    fx: K => at(groundX + 48, 32, -4 + 7 * wave(t, 2, .25), 1 + .1 * throb, X.triangle()) + X.drop(groundX - 76, 80 + 14 * slide * slide, .95 * Math.min(1, .4 + slide * 3), 14, fadeInOut(slide, .05, .25)) };
+  return { x: -27 + .7 * tremble, sy: .985 + .012 * wave(t, 2), sx: 1.01, tilt: -2, eyes: { lx: .5, ly: -.5, size: 1.03 }, brow: 'worried', mouth: 'wavy',
+    earL: { a: 56 + 4 * wave(t, 2, -.2), c: 30 + 4 * tremble }, earR: { a: 64 + 4 * wave(t, 2, -.2), c: 34 - 4 * tremble }, tail: { a: 74 + 4 * tremble }, armL: { x: -9, y: -20 + .5 * tremble, sh: [-26, -16], open: 4 }, armR: { x: 11, y: -20 - .5 * tremble, sh: [28, -16], open: 4 },
+    fx: K => at(groundX + 60, 33, -4 + 7 * wave(t, 2, .25), 1 + .1 * throb, X.triangle()) + X.drop(groundX - 76, 80 + 14 * slide * slide, .95 * pop(slide), 14) };
 });
 
 // ---- sleeping: a loaf on a pillow, the tail for a blanket, slow breath
 add('sleeping', 8, t => {
   const up = .5 - .5 * Math.cos(t * 2 * Math.PI), twitch = curve(t, [[0, 0], [.55, 0], [.66, 1], [.8, 0]]);
-  return { lift: 11, sy: lerp(.68, .715, up), sx: 1.1 - .012 * up, turn: -.2, pitch: .45, tilt: -4 - up, eyes: { shape: 'asleep' }, mouth: up > .8 ? 'o' : 'tiny', ...noFeet, earL: { a: 72 - 3 * up - 9 * twitch, c: 40 }, earR: { a: 62 - 3 * up, c: 44 }, shadowW: 1.2,
+  return { lift: 11, sy: lerp(.68, .715, up), sx: 1.1 - .012 * up, turn: -.2, pitch: .45, tilt: -4 - up, eyes: { shape: 'asleep' }, mouth: 'tiny', ...noFeet, earL: { a: 72 - 3 * up - 9 * twitch, c: 40 }, earR: { a: 62 - 3 * up, c: 44 }, shadowW: 1.2,
     armL: { x: -16, y: -8, sh: [-31, -14], open: 4, r: 6.4, fade: 1 }, armR: null, tail: { a: -93 + 2 * wave(t, 1, -.2), c: 8, front: true, at: [41, -7], L: 40, w: 8.8, side: 1 },
     back: K => at(K.ox, 140, 0, 1, X.pillow(K)),
-    fx: K => [0, 1, 2].map(k => { const z = life(t, k, 3); return X.zed(K.ox + 32 + 40 * z + 3 * Math.sin(z * 9), K.oy - 62 - 50 * z, .5 + .85 * z, -8 + 16 * Math.sin(z * 6), fadeInOut(z, .15, .25)); }).join('') };
+    fx: K => [0, 1, 2].map(k => { const z = life(t, k, 3); return X.zed(K.ox + 40 + 34 * z + 3 * Math.sin(z * 9), K.oy - 68 - 46 * z, (.55 + .8 * z) * pop(z), -8 + 16 * Math.sin(z * 6)); }).join('') };
 });
 
 // ---- walk: three-quarter view to the right; up on passing, ears and tail late
@@ -174,13 +175,13 @@ add('walk', 8, t => {
     armL: { x: -12 - c * 10, y: -17 - Math.abs(c) * 1.5, sh: [-13 - c * 3, -27], open: 4 }, armR: { x: 34 + c * 5, y: -17, sh: [35 + c, -27], open: 4 }, tail: { side: -1, a: 58 + 15 * Math.sin((t - .12) * 2 * Math.PI) } };
 });
 
-// ---- coffee: smells it, lifts it, sips with both paws, sighs
+// ---- coffee: enjoys the smell, brings it to the mouth, sips with both paws, sighs
 add('coffee', 10, t => {
-  const up = curve(t, [[0, 0], [.28, 0], [.42, 1], [.68, 1], [.82, 0]]), sip = up > .75, sigh = during(t, .8, .18);
-  return { ...breath(t, .014), x: -4 * (1 - up), turn: .22 - .12 * up, pitch: -.2 * up, tilt: -4 * up + 2 * wave(t, 1, .1), eyes: sip || sigh ? { shape: 'happy' } : blink(t, .2) ? { shape: 'line' } : { lx: .5, ly: .6 }, mouth: sip ? '' : sigh ? 'o' : 'w', blush: .75 + .2 * up,
-    ...ears(25 + 10 * curve(t - .07, [[0, 0], [.28, 0], [.42, 1], [.68, 1], [.82, 0]]), 15 + 9 * up), ...tail(t, 9),
-    armL: hold(-10, -14 - 8 * up, { sh: [-32, -19], open: 4, layer: 'front', fade: 1 }), armR: hold(25 - 6 * up, -14 - 8 * up, { sh: [34, -19], open: 4, layer: 'front', fade: 1 }),
-    mid: K => put(K, 8 - 6 * up, -14 - 11 * up, 0, 1, X.mug(K)) + (up < .5 ? put(K, 8, -31 - 4 * up, 0, .9, X.steam(t * 2)) : '') };
+  const keys = [[0, 0], [.28, 0], [.44, 1], [.66, 1], [.84, 0]], up = curve(t, keys), sip = up > .75, sigh = during(t, .8, .18), x = lerp(55, 1, up), y = -26 + 2 * up - 5 * Math.sin(up * Math.PI);
+  return { ...breath(t, .014), x: -12 + 10 * up, turn: lerp(.38, .08, up), pitch: -.2 * up, tilt: -4 * up + 2 * wave(t, 1, .1), eyes: sip || sigh ? { shape: 'happy' } : blink(t, .2) ? { shape: 'line' } : { lx: .8 * (1 - up), ly: .4 }, mouth: sip ? '' : sigh ? 'o' : 'w', blush: .75 + .2 * up,
+    ...ears(25 + 10 * curve(t - .07, keys), 15 + 9 * up), ...tail(t, 9),
+    armL: hold(lerp(-20, -15, up), lerp(-14, -21, up), { sh: [-32, -20], open: 4, layer: up > .5 ? 'front' : undefined, fade: 1 }), armR: hold(lerp(45, 17, up), y + 4, { sh: [lerp(38, 33, up), -22], open: lerp(3, 4, up), layer: 'front', fade: up > .5 ? 1 : 0 }),
+    [up > .5 ? 'mid' : 'front']: K => put(K, x, y, 4 * (1 - up), 1, X.mug(K)) + (up < .3 ? put(K, x, y - 18, 0, 1, X.steam(t * 2)) : '') };
 });
 
 // ---- relaxing: leans back on a bean bag, rocks its feet, hums
@@ -190,7 +191,7 @@ add('relaxing', 8, t => ({
   lift: 5, rot: -20 + .8 * wave(t), sy: .96 + .016 * wave(t), sx: 1.025, tilt: 4 + 2 * wave(t, 1, -.1), pitch: -.15, eyes: { shape: during(t, .5, .36) ? 'happy' : 'asleep' }, mouth: 'w',
   footL: { x: 8, y: -5, rot: -16 + 7 * wave(t, 2), sole: 1, s: .95 }, footR: { x: 32, y: -8, rot: 12 + 9 * wave(t, 2, .25), sole: 1, s: .95 }, armL: { x: -14, y: -22, sh: [-31, -22], open: 4 }, armR: { x: 10, y: -20, sh: [29, -24], open: 4 }, tail: null,
   earL: { a: 40 + 3 * wave(t, 1, -.2), c: 30 }, earR: { a: 28 + 5 * wave(t, 1, -.2), c: 18 + 5 * wave(t, 1, -.25) }, back: K => at(K.ox - 10, 140, 0, 1, beanBag(K)),
-  fx: K => [0, 1].map(k => { const z = life(t, k, 2); return X.note(groundX + 38 + 16 * z + 4 * Math.sin(z * 7 + k * 3), 66 - 40 * z, .75 + .3 * z, K, 10 * Math.sin(z * 7 + k * 3), fadeInOut(z, .2, .3)); }).join(''),
+  fx: K => [0, 1].map(k => { const z = life(t, k, 2); return X.note(groundX + 38 + 16 * z + 4 * Math.sin(z * 7 + k * 3), 66 - 40 * z, (.8 + .3 * z) * pop(z), K, 10 * Math.sin(z * 7 + k * 3)); }).join(''),
 }));
 
 // ---- drowsy: nods off, jerks up, yawns behind a paw
@@ -199,7 +200,7 @@ add('drowsy', 10, t => {
   const eyes = yawn > .5 ? { shape: 'squeeze' } : nod > .7 ? { shape: 'asleep' } : { open: lerp(.66, .42, nod), flat: 1, slant: -.4, ly: .3 + .3 * nod };
   return { bend: 9 * nod - 3 * yawn, tilt: 9 * nod - 5 * yawn, pitch: .45 * nod - .3 * yawn, sy: .975 - .045 * nod + .05 * yawn, sx: 1.01 + .02 * nod - .02 * yawn, eyes: yawn > .5 ? { shape: 'asleep' } : eyes, brow: during(t, .42, .1) ? 'raised' : null, mouth: yawn > .5 ? 'O' : yawn > .1 ? 'o' : 'tiny',
     ...ears(44 + 14 * late + 10 * yawn, 30 + 10 * late), tail: { a: 66 + 6 * nod }, armR: { x: lerp(28, 13, yawn), y: lerp(-14, -20, yawn), sh: [31, lerp(-24, -13, yawn)], open: 3 },
-    fx: K => { const z = clamp((t - .04) / .4); return t < .44 ? X.zed(K.ox + 56 + 12 * z, 44 - 14 * z, .6 + .4 * z, 8 - 10 * z, fadeInOut(z, .25, .2)) : ''; } };
+    fx: K => { const z = clamp((t - .04) / .4); return t < .44 ? X.zed(K.ox + 56 + 12 * z, 44 - 14 * z, (.7 + .4 * z) * pop(z), 8 - 10 * z) : ''; } };
 });
 
 // ---- reactions to the pointer
@@ -215,16 +216,16 @@ add('react_grumpy', 8, t => {
   const puff = curve(t, [[0, .2], [.3, 1], [.5, 1], [.6, .1]]), blow = clamp((t - .5) / .45), shake = wave(t, 4);
   return { puff: 3 + 5 * puff, sy: .975 - .03 * puff, tilt: 1.6 * shake * puff, eyes: { open: .78, slant: 1.1, lx: .2 * shake * puff }, brow: 'angry', mouth: blow > 0 && blow < .6 ? 'flat' : 'pout', blush: .8 + .18 * puff, earL: { a: 70 + 5 * puff + 2 * wave(t, 4, -.2), c: 22 }, earR: { a: 70 + 5 * puff - 2 * wave(t, 4, -.2), c: 22 },
     armL: { x: -16, y: -11, sh: [-31, -20], open: 4 }, armR: { x: 16, y: -11, sh: [31, -20], open: 4 }, tail: { a: 84 + 8 * shake },
-    fx: () => (blow > 0 ? [-1, 1].map(s => at(groundX + s * (58 + 10 * blow), 94 - 16 * blow, -16 * s, [s * (.5 + .7 * blow), .5 + .7 * blow], X.steamPuff(fadeInOut(blow, .1, .35)))).join('') : '') };
+    fx: () => (blow > 0 ? [-1, 1].map(s => at(groundX + s * (58 + 10 * blow), 94 - 16 * blow, -16 * s, [s * (.7 + .5 * blow) * pop(blow), (.7 + .5 * blow) * pop(blow)], X.steamPuff())).join('') : '') };
 });
 add('react_shoo', 8, t => {
   const k = .5 + .5 * wave(t, 2, .25), late = .5 + .5 * wave(t, 2, .12), peek = during(t, .62, .26);
   const gust = 1 - k;
   return { x: -8, turn: -.35, tilt: -3 - 3 * gust, bend: -2 * gust, eyes: peek ? { open: .6, slant: .5, lx: 1, ly: .2 } : { shape: 'line' }, brow: peek ? 'angry' : 'flat', mouth: 'pout', ...ears(42 - 6 * late, 18 + 8 * late), ...tail(t, 9, 2),
     armR: { x: lerp(63, 55, k), y: lerp(-34, -54, k), sh: [38, -28], pad: 1, bow: 3 * gust }, armL: { x: -22, y: -14 },
-    fx: K => (gust > .35 ? X.whoosh(`M${K.ox + 70} ${K.oy - 58}C${K.ox + 77} ${K.oy - 50} ${K.ox + 78} ${K.oy - 40} ${K.ox + 74} ${K.oy - 31}`, gust) + X.whoosh(`M${K.ox + 80} ${K.oy - 54}C${K.ox + 86} ${K.oy - 47} ${K.ox + 87} ${K.oy - 41} ${K.ox + 84} ${K.oy - 34}`, gust) : '') };
+    fx: K => (gust > .4 ? X.whoosh(`M${K.ox + 70} ${K.oy - 58}C${K.ox + 77} ${K.oy - 50} ${K.ox + 78} ${K.oy - 40} ${K.ox + 74} ${K.oy - 31}`) + X.whoosh(`M${K.ox + 80} ${K.oy - 54}C${K.ox + 86} ${K.oy - 47} ${K.ox + 87} ${K.oy - 41} ${K.ox + 84} ${K.oy - 34}`) : '') };
 });
-const hearts = (t, spots) => spots.map(([x, y, s, r], k) => { const z = life(t, k, spots.length); return X.heart(x + 3 * Math.sin(z * 6 + k), y - 30 * z, s * (.5 + .6 * Math.min(1, z * 2)), r + 8 * Math.sin(z * 6 + k * 2), fadeInOut(z, .12, .3)); }).join('');
+const hearts = (t, spots) => spots.map(([x, y, s, r], k) => { const z = life(t, k, spots.length); return X.heart(x + 3 * Math.sin(z * 6 + k), y - 30 * z, s * pop(z), r + 8 * Math.sin(z * 6 + k * 2)); }).join('');
 add('react_happy', 10, t => {
   const hop = Math.max(0, wave(t, 2)), sy = 1 + .04 * wave(t, 2, -.05), side = wave(t, 1);
   return { lift: 5 * hop, sy, sx: 1 + (1 - sy) * .6, tilt: 5 * side, bend: 2 * side, eyes: { shape: 'happy' }, mouth: 'open', blush: .95, armL: { x: -13, y: -20 - 2 * hop, sh: [-29, -17], open: 3 }, armR: { x: 13, y: -20 - 2 * hop, sh: [29, -17], open: 3 },

@@ -6,18 +6,18 @@ import { C, line } from './rig.mjs';
 
 const o = (fill, sw = 2.2) => line({ fill, sw });
 // outlined stroke: readable on any background
-export const ost = (d, col, w = 2.4, { edge = C.line, op = 1 } = {}) =>
-  path(d, line({ stroke: edge, sw: w + 2.8, op })) + path(d, line({ stroke: col, sw: w, op }));
+export const ost = (d, col, w = 2.4, edge = C.line) =>
+  path(d, line({ stroke: edge, sw: w + 2.8 })) + path(d, line({ stroke: col, sw: w }));
 export const petalIcon = (x, y, s, fill, r = 0) => at(x, y, r, s, path('M0 6C-6 3 -7 -3 -4 -6.4C-2.4 -7.6 -.8 -6.4 0 -4.4C.8 -6.4 2.4 -7.6 4 -6.4C7 -3 6 3 0 6Z', { fill }));
-export const heart = (x, y, s, r = 0, op = 1) => at(x, y, r, s,
-  path('M0 7C-9 1 -9 -7 -4 -7.6C-1.6 -7.8 -.4 -6 0 -4.6C.4 -6 1.6 -7.8 4 -7.6C9 -7 9 1 0 7Z', { ...o(C.heart, 2.2 / s), op }) +
-  ell(-3.6, -4, 1.5, 1.2, { fill: C.white, op: .85 * op }));
+export const heart = (x, y, s, r = 0) => (s < .1 ? '' : at(x, y, r, s,
+  path('M0 7C-9 1 -9 -7 -4 -7.6C-1.6 -7.8 -.4 -6 0 -4.6C.4 -6 1.6 -7.8 4 -7.6C9 -7 9 1 0 7Z', o(C.heart, Math.min(4, 2.2 / s))) +
+  ell(-3.6, -4, 1.5, 1.2, { fill: C.white, op: .85 })));
 export const sparkle = (x, y, s, fill = C.amber, r = 0) => (s < .12 ? '' : at(x, y, r, s,
   path('M0 -9C1 -3 3 -1 9 0C3 1 1 3 0 9C-1 3 -3 1 -9 0C-3 -1 -1 -3 0 -9Z', o(fill, Math.min(4, 2 / s)))));
-export const zed = (x, y, s, r = 0, op = 1) => at(x, y, r, s, ost('M-5 -5.5L5 -5.5L-5 5.5L5 5.5', C.white, 3, { op }));
-export const drop = (x, y, s = 1, r = 0, op = 1) => at(x, y, r, s,
-  path('M0 -7C3 -2.5 4.6 -.4 4.6 2.2C4.6 5 2.4 6.8 0 6.8C-2.4 6.8 -4.6 5 -4.6 2.2C-4.6 -.4 -3 -2.5 0 -7Z', { ...o(C.sky, 2), op }) +
-  ell(-1.6, 2.4, 1, 1.7, { fill: C.white, op }));
+export const zed = (x, y, s, r = 0) => (s < .1 ? '' : at(x, y, r, s, ost('M-5 -5.5L5 -5.5L-5 5.5L5 5.5', C.white, 3)));
+export const drop = (x, y, s = 1, r = 0) => (s < .1 ? '' : at(x, y, r, s,
+  path('M0 -7C3 -2.5 4.6 -.4 4.6 2.2C4.6 5 2.4 6.8 0 6.8C-2.4 6.8 -4.6 5 -4.6 2.2C-4.6 -.4 -3 -2.5 0 -7Z', o(C.sky, 2)) +
+  ell(-1.6, 2.4, 1, 1.7, { fill: C.white })));
 // thought cloud, anchor = centre; a swell runs through the dots with t
 export const cloud = (K, t) => {
   let s = path('M-19 9C-28 8 -28 -6 -18 -7C-17 -16 -3 -18 1 -11C7 -17 19 -13 17 -5C26 -4 27 8 17 9C13 14 3 14 0 10.5C-5 14 -15 14 -19 9Z', o(C.paper));
@@ -118,11 +118,11 @@ export const pillow = (K, w = 62, h = 21) => path(`M${-w} -3C${-w - 6} ${-h} ${-
 export const mug = (K) => path('M11 -5C21 -7 21 8 10 7', line({ sw: 6.4 })) + path('M11 -5C21 -7 21 8 10 7', line({ stroke: K.A.m, sw: 2.2 })) +
   path('M-13 -11L13 -11C13 4 12 13 6 13L-6 13C-12 13 -13 4 -13 -11Z', o(K.A.m)) + path('M5 12.6C10 11 11.4 0 11.6 -9.6L7 -9.6C7 0 7 9 1 12.6Z', { fill: K.A.d, op: .4 }) + ell(0, -11, 13, 3.4, o('#8a5a45', 2)) + petalIcon(-2, 2, .8, C.white);
 // steam of a hot drink, anchor = rim; it curls upwards with t
-export const steam = t => [-6, 5].map((x, i) => ost(spline([0, 1, 2, 3].map(k => [x + wave(t, 1, .1 * i - k * .28) * 2.4, k * (-6 + i)])), C.white, 2.4, { edge: '#bfa79f' })).join('');
+export const steam = t => [-6, 5].map((x, i) => ost(spline([0, 1, 2, 3].map(k => [x + wave(t, 1, .1 * i - k * .28) * 2.4, k * (-6 + i)])), C.white, 2.4, '#bfa79f')).join('');
 export const spike = (x, y, r, L = 11) => at(x, y, r, 1, ost(`M0 0L0 ${f(-L)}`, C.amber, 3));
-export const whoosh = (d, op = 1) => ost(d, C.white, 2.4, { op });
-export const note = (x, y, s, K, r = 0, op = 1) => at(x, y, r, s, ost('M-3 7L-3 -7L7 -9.5L7 4', K.A.d, 2.2, { op }) +
-  ell(-5.6, 7.4, 3.6, 2.8, { ...o(K.A.d, 2), op }) + ell(4.4, 4.6, 3.6, 2.8, { ...o(K.A.d, 2), op }));
+export const whoosh = d => ost(d, C.white, 2.4);
+export const note = (x, y, s, K, r = 0) => (s < .1 ? '' : at(x, y, r, s, ost('M-3 7L-3 -7L7 -9.5L7 4', K.A.d, 2.2) +
+  ell(-5.6, 7.4, 3.6, 2.8, o(K.A.d, 2)) + ell(4.4, 4.6, 3.6, 2.8, o(K.A.d, 2))));
 
 // angry steam cloud, anchor = nearest to the cheek, grows to +x
-export const steamPuff = (op = 1) => path('M2 4C-3 3 -2 -4 3 -3.6C4 -9 12 -9 13 -4C18 -5 20 3 14 4.4C11 7 5 7 2 4Z', { ...o(C.paper, 2), op });
+export const steamPuff = () => path('M2 4C-3 3 -2 -4 3 -3.6C4 -9 12 -9 13 -4C18 -5 20 3 14 4.4C11 7 5 7 2 4Z', o(C.paper, 2));
