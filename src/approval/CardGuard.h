@@ -39,6 +39,7 @@ public:
     void endSeen();
 
     bool isLive(CardButton button) const;
+    bool hasSeenEnd() const { return m_endSeen; }
     /// When the next button comes to life by itself; nothing when only an event can change something.
     std::optional<std::chrono::nanoseconds> nextWake() const;
 

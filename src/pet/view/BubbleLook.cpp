@@ -1,0 +1,136 @@
+#include "pet/view/BubbleLook.h"
+
+#include <QFontDatabase>
+#include <QFontMetricsF>
+
+namespace nibbo {
+namespace {
+
+QColor withAlpha(QColor colour, int alpha)
+{
+    colour.setAlpha(alpha);
+    return colour;
+}
+
+BubbleColours lightColours()
+{
+    const QColor danger(0xC7, 0x2B, 0x3A);
+    const QColor caution(0x8A, 0x5A, 0x00);
+    BubbleColours colours;
+    colours.surface = QColor(0xFF, 0xFF, 0xFF);
+    colours.outline = QColor(0x1B, 0x1E, 0x2B, 30);
+    colours.shadow = QColor(0x1B, 0x1E, 0x2B);
+    colours.text = QColor(0x24, 0x26, 0x30);
+    colours.quietText = QColor(0x66, 0x6B, 0x7C);
+    colours.inset = QColor(0xF4, 0xF5, 0xF8);
+    colours.insetOutline = QColor(0x1B, 0x1E, 0x2B, 18);
+    colours.accent = QColor(0x3E, 0x5B, 0xD8);
+    colours.onAccent = QColor(0xFF, 0xFF, 0xFF);
+    colours.danger = danger;
+    colours.dangerFill = withAlpha(danger, 20);
+    colours.dangerOutline = withAlpha(danger, 90);
+    colours.caution = caution;
+    colours.cautionFill = QColor(0xFF, 0xE2, 0xA0);
+    colours.control = QColor(0xFA, 0xFA, 0xFC);
+    colours.controlOutline = QColor(0x1B, 0x1E, 0x2B, 46);
+    return colours;
+}
+
+BubbleColours darkColours()
+{
+    const QColor danger(0xFF, 0x8A, 0x8F);
+    BubbleColours colours;
+    colours.surface = QColor(0x26, 0x28, 0x30);
+    colours.outline = QColor(0xFF, 0xFF, 0xFF, 34);
+    colours.shadow = QColor(0x00, 0x00, 0x00);
+    colours.text = QColor(0xEE, 0xEF, 0xF4);
+    colours.quietText = QColor(0xA3, 0xA8, 0xB8);
+    colours.inset = QColor(0x1B, 0x1C, 0x22);
+    colours.insetOutline = QColor(0xFF, 0xFF, 0xFF, 22);
+    colours.accent = QColor(0x5B, 0x7C, 0xFA);
+    colours.onAccent = QColor(0xFF, 0xFF, 0xFF);
+    colours.danger = danger;
+    colours.dangerFill = withAlpha(danger, 30);
+    colours.dangerOutline = withAlpha(danger, 110);
+    colours.caution = QColor(0xFF, 0xD1, 0x7A);
+    colours.cautionFill = QColor(0x57, 0x44, 0x17);
+    colours.control = QColor(0x33, 0x36, 0x41);
+    colours.controlOutline = QColor(0xFF, 0xFF, 0xFF, 46);
+    return colours;
+}
+
+struct StyleRow
+{
+    double fontScale;
+    double textWidth; // in heights of the text font
+    int textLines;
+    double cardWidth; // in heights of the text font
+    int commandRows;
+    double padding;
+    double radius;
+};
+
+StyleRow rowOf(BubbleStyle style)
+{
+    switch (style) {
+    case BubbleStyle::compact:
+        return {0.94, 12.0, 2, 17.0, 4, 9.0, 12.0};
+    case BubbleStyle::large:
+        return {1.18, 17.0, 6, 20.0, 8, 15.0, 17.0};
+    case BubbleStyle::normal:
+        break;
+    }
+    return {1.05, 14.5, 4, 18.5, 6, 12.0, 14.0};
+}
+
+QFont scaled(QFont font, double factor)
+{
+    if (font.pointSizeF() > 0)
+        font.setPointSizeF(font.pointSizeF() * factor);
+    else
+        font.setPixelSize(qRound(font.pixelSize() * factor));
+    return font;
+}
+
+} // namespace
+
+ColourScheme schemeOf(const QPalette& palette)
+{
+    const bool dark =
+        palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+    return dark ? ColourScheme::dark : ColourScheme::light;
+}
+
+const BubbleColours& BubbleColours::of(ColourScheme scheme)
+{
+    static const BubbleColours light = lightColours();
+    static const BubbleColours dark = darkColours();
+    return scheme == ColourScheme::dark ? dark : light;
+}
+
+BubbleMetrics BubbleMetrics::of(BubbleStyle style, const QFont& base)
+{
+    const StyleRow row = rowOf(style);
+    BubbleMetrics metrics;
+    metrics.font = scaled(base, row.fontScale);
+    metrics.smallFont = scaled(metrics.font, 0.9);
+    metrics.titleFont = metrics.font;
+    metrics.titleFont.setWeight(QFont::DemiBold);
+    metrics.commandFont = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    if (metrics.smallFont.pointSizeF() > 0)
+        metrics.commandFont.setPointSizeF(metrics.smallFont.pointSizeF());
+    else
+        metrics.commandFont.setPixelSize(metrics.smallFont.pixelSize());
+    metrics.commandFont.setStyleHint(QFont::Monospace);
+    const double height = QFontMetricsF(metrics.font).height();
+    metrics.textWidth = row.textWidth * height;
+    metrics.textLines = row.textLines;
+    metrics.cardWidth = row.cardWidth * height;
+    metrics.commandRows = row.commandRows;
+    metrics.padding = row.padding;
+    metrics.gap = row.padding * 0.6;
+    metrics.radius = row.radius;
+    return metrics;
+}
+
+} // namespace nibbo
