@@ -1,8 +1,8 @@
 #include "intake/ExecutableFinder.h"
 
-#include <QCollator>
 #include <QDir>
 #include <QFileInfo>
+#include <QVersionNumber>
 
 #include <algorithm>
 #include <array>
@@ -65,16 +65,17 @@ std::optional<QString> ExecutableFinder::find(const QString& name) const
 /// The newest version first, as numbers count: v20 before v9.
 QStringList ExecutableFinder::versionFolders() const
 {
-    QCollator byNumber{QLocale::c()};
-    byNumber.setNumericMode(true);
+    const auto version = [](const QString& name) {
+        return QVersionNumber::fromString(name.mid(name.startsWith(QLatin1Char('v')) ? 1 : 0));
+    };
     QStringList result;
     for (const auto& [parent, inner] : versionParents) {
         const QDir folder(m_home + QString::fromUtf16(parent));
-        QStringList versions = folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Unsorted);
-        std::sort(versions.begin(), versions.end(),
-                  [&byNumber](const QString& a, const QString& b) { return byNumber.compare(a, b) > 0; });
-        for (const QString& version : versions)
-            result.append(folder.filePath(version) + QString::fromUtf16(inner));
+        QStringList names = folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+        std::stable_sort(names.begin(), names.end(),
+                         [&version](const QString& a, const QString& b) { return version(a) > version(b); });
+        for (const QString& name : names)
+            result.append(folder.filePath(name) + QString::fromUtf16(inner));
     }
     return result;
 }
