@@ -119,8 +119,7 @@ TEST(IncomingEvent, TakesExitCodesOf32Bits)
     for (const Row& row : rows) {
         const auto event = IncomingEvent::decode("{\"exitCode\":" + QByteArray(row.number) + "}");
         EXPECT_EQ(static_cast<bool>(event), row.expected.has_value()) << row.number;
-        if (event && row.expected)
-            EXPECT_EQ(event->exitCode, row.expected) << row.number;
+        EXPECT_EQ(event ? event->exitCode : std::nullopt, row.expected) << row.number;
     }
 }
 
@@ -140,12 +139,10 @@ TEST(IncomingEvent, RefusesWhatIsNoObjectOfItsShape)
         "{\"provider\":[]}",
         "{\"message\":{}}",
         "{\"say\":true}",
-        "{\"message\":\"a\nb\"}",
         "{\"message\":\"\xc0\x80\"}",
         "{\"message\":\"\xff\"}",
         "{\"message\":\"\xed\xa0\xbd\"}",
         "{\"message\":\"cut in the middle \xe4\xbd",
-        QByteArray("{\"message\":\"a\0b\"}", 17),
         QByteArray(60000, '['),
     };
     for (const QByteArray& line : lines)
