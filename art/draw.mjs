@@ -33,7 +33,8 @@ function committed(files) {
   const walk = dir => {
     if (!fs.existsSync(path.join(root, dir))) return;
     for (const e of fs.readdirSync(path.join(root, dir), { withFileTypes: true })) {
-      if (e.isDirectory()) walk(`${dir}/${e.name}`); else found.add(`${dir}/${e.name}`);
+      if (e.isDirectory()) walk(`${dir}/${e.name}`);
+      else found.add(`${dir}/${e.name}`);
     }
   };
   for (const c of characters) walk(`pets/${c.folder}`);
@@ -56,7 +57,9 @@ if (option === undefined) {
   }
   console.log(`${files.size} files, ${Math.round(bytes / 1024)} KiB`);
 } else if (option === '--check') {
-  const files = drawAll(), found = committed(files), wrong = [];
+  const files = drawAll(),
+    found = committed(files),
+    wrong = [];
   for (const [name, content] of files) {
     if (!found.has(name)) wrong.push(`missing: resources/${name}`);
     else if (fs.readFileSync(path.join(root, name), 'utf8') !== content) wrong.push(`not what the rig draws: resources/${name}`);

@@ -15,8 +15,9 @@ export function curve(t, keys) {
   t = wrap(t);
   let i = keys.length - 1;
   while (i > 0 && keys[i][0] > t) i--;
-  if (keys[i][0] > t) i = keys.length - 1;              // before the first key: still on the way from the last
-  const [t0, a] = keys[i], [t1, b] = keys[(i + 1) % keys.length];
+  if (keys[i][0] > t) i = keys.length - 1; // before the first key: still on the way from the last
+  const [t0, a] = keys[i],
+    [t1, b] = keys[(i + 1) % keys.length];
   const span = wrap(t1 - t0) || 1;
   return between(a, b, ease(wrap(t - t0) / span));
 }
@@ -36,4 +37,4 @@ export const during = (t, from, length) => wrap(t - from + 1e-6) < length;
 export const life = (t, k, n) => wrap(t + k / n);
 
 /** Size over a life: grows in, shrinks out. (Fading would show the outlines of overlapping shapes through each other.) */
-export const pop = (k, rise = .2, fall = .2) => Math.max(0, Math.min(1, k / rise, (1 - k) / fall));
+export const pop = (k, rise = 0.2, fall = 0.2) => Math.max(0, Math.min(1, k / rise, (1 - k) / fall));

@@ -1,19 +1,79 @@
 // The files of a pet pack: images/<name>.svg, frames/<animation>/01.svg and on, pack.json.
 
 // The animations and still images that a whole pack has.
-export const animationNames = ['idle', 'thinking', 'coding', 'reading', 'searching', 'running', 'browsing', 'planning', 'compacting_context',
-  'responding', 'approval', 'input', 'wave', 'warning', 'sleeping', 'walk', 'coffee', 'relaxing', 'drowsy', 'react_startled', 'react_grumpy',
-  'react_shoo', 'react_happy', 'react_shy'];
-export const stillNames = ['idle', 'thinking', 'coding', 'input', 'approval', 'success', 'warning', 'sleeping', 'coffee', 'happy', 'sad', 'wave'];
+export const animationNames = [
+  'idle',
+  'thinking',
+  'coding',
+  'reading',
+  'searching',
+  'running',
+  'browsing',
+  'planning',
+  'compacting_context',
+  'responding',
+  'approval',
+  'input',
+  'wave',
+  'warning',
+  'sleeping',
+  'walk',
+  'coffee',
+  'relaxing',
+  'drowsy',
+  'react_startled',
+  'react_grumpy',
+  'react_shoo',
+  'react_happy',
+  'react_shy',
+];
+export const stillNames = [
+  'idle',
+  'thinking',
+  'coding',
+  'input',
+  'approval',
+  'success',
+  'warning',
+  'sleeping',
+  'coffee',
+  'happy',
+  'sad',
+  'wave',
+];
 // Frames a second at which the program plays them.
-export const framesPerSecond = { idle: 4, thinking: 8, coding: 6, reading: 6, searching: 8, running: 10, browsing: 6, planning: 6,
-  compacting_context: 10, responding: 7, approval: 8, input: 7, wave: 6, warning: 14, sleeping: 3, walk: 12, coffee: 6, relaxing: 6, drowsy: 4,
-  react_startled: 12, react_grumpy: 10, react_shoo: 10, react_happy: 12, react_shy: 8 };
+export const framesPerSecond = {
+  idle: 4,
+  thinking: 8,
+  coding: 6,
+  reading: 6,
+  searching: 8,
+  running: 10,
+  browsing: 6,
+  planning: 6,
+  compacting_context: 10,
+  responding: 7,
+  approval: 8,
+  input: 7,
+  wave: 6,
+  warning: 14,
+  sleeping: 3,
+  walk: 12,
+  coffee: 6,
+  relaxing: 6,
+  drowsy: 4,
+  react_startled: 12,
+  react_grumpy: 10,
+  react_shoo: 10,
+  react_happy: 12,
+  react_shy: 8,
+};
 
 const defaultTint = 'pink';
 
 /** The text of a pack.json: as usual, but lists on one line. */
-export const manifest = pack => JSON.stringify(pack, null, 2).replace(/\[\s+([^\]]*?)\s+\]/g, (_, list) => `[${list.replace(/\s+/g, ' ')}]`) + '\n';
+export const manifest = pack =>
+  JSON.stringify(pack, null, 2).replace(/\[\s+([^\]]*?)\s+\]/g, (_, list) => `[${list.replace(/\s+/g, ' ')}]`) + '\n';
 
 /** [[name, content]...] of a whole pack, in the default tint. */
 export function drawPack(c) {
@@ -25,7 +85,13 @@ export function drawPack(c) {
     for (let i = 0; i < n; i++) files.push([`frames/${name}/${String(i + 1).padStart(2, '0')}.svg`, c.frame(name, i / n, defaultTint)]);
   }
   // "accent" are the colours that a tint replaces; "tints" has, in the same order, what they become.
-  const pack = { ...c.pack, version: '1.0', license: c.pack.license ?? 'same as the program', accent: c.tints[defaultTint], tints: c.tints };
+  const pack = {
+    ...c.pack,
+    version: '1.0',
+    license: c.pack.license ?? 'same as the program',
+    accent: c.tints[defaultTint],
+    tints: c.tints,
+  };
   files.push(['pack.json', manifest(pack)]);
   checkAccent(c, files);
   return files;

@@ -3,20 +3,39 @@ import { at, document, ell, path, roundRect } from '../lib/svg.mjs';
 import { wave } from '../lib/motion.mjs';
 import { animationNames, framesPerSecond, manifest, stillNames } from '../lib/pack.mjs';
 
-const width = 180, height = 150, ground = 138, ink = '#5b5560';
+const width = 180,
+  height = 150,
+  ground = 138,
+  ink = '#5b5560';
 const tints = { pink: ['#f9afbf', '#db7b94'], blue: ['#a3caf2', '#5f93cb'], green: ['#a9d9a4', '#63a56c'], purple: ['#c7b2ee', '#8c73c4'] };
 const [main, deep] = tints.pink;
 
 function creature({ stretch = 1, eyes = 'open', mouth = 'M-6 0C-3 4 3 4 6 0' } = {}) {
-  const body = path('M-44 0C-56 -2 -52 -82 0 -82C52 -82 56 -2 44 0Z', { fill: main, stroke: ink, sw: 2.4 }) + path('M-34 -3C-18 4 20 2 42 -22C44 -10 44 -4 40 -2C20 0 -20 0 -34 -3Z', { fill: deep, op: .5 });
-  const eye = x => (eyes === 'open' ? ell(x, -42, 6, 7.5, { fill: ink }) + ell(x - 2, -45, 2, 2.4, { fill: '#ffffff' }) : path(`M${x - 7} -42C${x - 4} -38 ${x + 4} -38 ${x + 7} -42`, { stroke: ink, sw: 2.6 }));
-  return document({ width, height, content: ell(90, ground + 1.5, 44, 4, { fill: ink, op: .16 }) +
-    at(90, ground, 0, [2 - stretch, stretch], body + eye(-18) + eye(18) + at(0, -30, 0, 1, path(mouth, { stroke: ink, sw: 2.2 }))) });
+  const body =
+    path('M-44 0C-56 -2 -52 -82 0 -82C52 -82 56 -2 44 0Z', { fill: main, stroke: ink, sw: 2.4 }) +
+    path('M-34 -3C-18 4 20 2 42 -22C44 -10 44 -4 40 -2C20 0 -20 0 -34 -3Z', { fill: deep, op: 0.5 });
+  const eye = x =>
+    eyes === 'open'
+      ? ell(x, -42, 6, 7.5, { fill: ink }) + ell(x - 2, -45, 2, 2.4, { fill: '#ffffff' })
+      : path(`M${x - 7} -42C${x - 4} -38 ${x + 4} -38 ${x + 7} -42`, { stroke: ink, sw: 2.6 });
+  return document({
+    width,
+    height,
+    content:
+      ell(90, ground + 1.5, 44, 4, { fill: ink, op: 0.16 }) +
+      at(90, ground, 0, [2 - stretch, stretch], body + eye(-18) + eye(18) + at(0, -30, 0, 1, path(mouth, { stroke: ink, sw: 2.2 }))),
+  });
 }
 
 // The box, the ground line, the middle, and the area to stay in.
-const guides = document({ width, height, content: path(roundRect(.5, .5, 179, 149, .5), { stroke: '#3b82d6', sw: 1 }) + path(roundRect(6, 6, 168, 132, 1), { stroke: '#8fb7e8', sw: .8 }) +
-  path(`M0 ${ground}L180 ${ground}M90 0L90 150`, { stroke: '#d6553b', sw: .8 }) });
+const guides = document({
+  width,
+  height,
+  content:
+    path(roundRect(0.5, 0.5, 179, 149, 0.5), { stroke: '#3b82d6', sw: 1 }) +
+    path(roundRect(6, 6, 168, 132, 1), { stroke: '#8fb7e8', sw: 0.8 }) +
+    path(`M0 ${ground}L180 ${ground}M90 0L90 150`, { stroke: '#d6553b', sw: 0.8 }),
+});
 
 const table = animationNames.map(n => `    ${n.padEnd(20)}${String(framesPerSecond[n]).padStart(2)}`).join('\n');
 const english = `A PET OF YOUR OWN
@@ -109,8 +128,13 @@ pack.json 中的 "accent" 列出跟随主题色变化的颜色，"tints" 按相�
 /** [[name, content]...] of the template pack. */
 export function drawTemplate() {
   const files = [['README.txt', english], ['README.zh.txt', chinese], ['guides.svg', guides]];
-  files.push(['images/idle.svg', creature()], ['images/sleeping.svg', creature({ stretch: .92, eyes: 'shut', mouth: 'M-2 1C-1 2 1 2 2 1' })], ['images/happy.svg', creature({ stretch: 1.04, mouth: 'M-8 -1C-6 9 6 9 8 -1Z' })]);
-  for (let i = 0; i < 6; i++) files.push([`frames/idle/0${i + 1}.svg`, creature({ stretch: 1 + .02 * wave(i / 6), eyes: i === 4 ? 'shut' : 'open' })]);
+  files.push(
+    ['images/idle.svg', creature()],
+    ['images/sleeping.svg', creature({ stretch: 0.92, eyes: 'shut', mouth: 'M-2 1C-1 2 1 2 2 1' })],
+    ['images/happy.svg', creature({ stretch: 1.04, mouth: 'M-8 -1C-6 9 6 9 8 -1Z' })],
+  );
+  for (let i = 0; i < 6; i++)
+    files.push([`frames/idle/0${i + 1}.svg`, creature({ stretch: 1 + 0.02 * wave(i / 6), eyes: i === 4 ? 'shut' : 'open' })]);
   const pack = { name: 'My pet', author: 'Your name', license: 'CC0-1.0', version: '1.0', accent: tints.pink, tints };
   files.push(['pack.json', manifest(pack)]);
   return files;
