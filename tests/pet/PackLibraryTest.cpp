@@ -37,19 +37,6 @@ QByteArray png(int width = 8, int height = 8)
     return content;
 }
 
-/// The header of a picture of any size, and nothing of it.
-QByteArray pngClaiming(quint32 width, quint32 height)
-{
-    QByteArray content = png();
-    const auto put = [&content](int at, quint32 value) {
-        for (int byte = 0; byte < 4; ++byte)
-            content[at + byte] = static_cast<char>(value >> (24 - 8 * byte));
-    };
-    put(16, width);
-    put(20, height);
-    return content;
-}
-
 QByteArray svg(const QByteArray& inside)
 {
     return R"(<svg xmlns="http://www.w3.org/2000/svg" xmlns:xlink="http://www.w3.org/1999/xlink" viewBox="0 0 180 150">)" +
@@ -279,14 +266,18 @@ TEST_F(PackLibraryTest, hostilePacksLeaveNothingBehind)
          "is not a picture"},
         {"huge picture",
          [&] {
-             return zip({{s("images/idle.png"), pngClaiming(60000, 60000)}});
+             return zip({{s("images/idle.png"), png(4097, 1)}});
          },
          "larger than 4096"},
-        {"no pixels",
+        {"half a picture",
          [&] {
-             return zip({{s("images/idle.png"), pngClaiming(0, 8)}});
+             return zip({{s("images/idle.png"), png().left(20)}});
          },
          "picture"},
+        [&] {
+            return zip({{s("images/idle.png"), pngClaiming(0, 8)}});
+        },
+        "picture"},
         {"another format",
          [&] {
              return zip({{s("images/idle.png"), "/* XPM */\nstatic char *x[]={\"1 1 1 1\"};"}});
@@ -346,17 +337,16 @@ TEST_F(PackLibraryTest, hostilePacksLeaveNothingBehind)
              return path;
          },
          ""},
-    };
-    for (const Row& row : rows) {
-        const QString source = row.make();
-        const QStringList before = filesBelow(m_home.path());
-        const Result<PetPack> pack = m_library.import(source);
-        EXPECT_FALSE(pack) << row.name;
-        if (!pack)
-            EXPECT_TRUE(pack.error().contains(QLatin1String(row.said)))
-                << row.name << ": " << pack.error().toStdString();
-        EXPECT_EQ(filesBelow(m_home.path()), before) << row.name;
-    }
+};
+for (const Row& row : rows) {
+    const QString source = row.make();
+    const QStringList before = filesBelow(m_home.path());
+    const Result<PetPack> pack = m_library.import(source);
+    EXPECT_FALSE(pack) << row.name;
+    const QString said = pack ? QString() : pack.error();
+    EXPECT_TRUE(said.contains(QLatin1String(row.said))) << row.name << ": " << said.toStdString();
+    EXPECT_EQ(filesBelow(m_home.path()), before) << row.name;
+}
 }
 
 } // namespace
