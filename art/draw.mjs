@@ -27,19 +27,17 @@ function drawAll() {
   return files;
 }
 
-/** Files that are there; only folders that are wholly drawn are listed, so that nothing else is called stale. */
+/** Drawn files that are there: every SVG below the drawn folders, and what else is drawn. Other files there are not ours. */
 function committed(files) {
   const found = new Set();
   const walk = dir => {
     if (!fs.existsSync(path.join(root, dir))) return;
     for (const e of fs.readdirSync(path.join(root, dir), { withFileTypes: true })) {
       if (e.isDirectory()) walk(`${dir}/${e.name}`);
-      else found.add(`${dir}/${e.name}`);
+      else if (e.name.endsWith('.svg')) found.add(`${dir}/${e.name}`);
     }
   };
-  for (const c of characters) walk(`pets/${c.folder}`);
-  walk('pets/template');
-  walk('icons');
+  for (const folder of [...characters.map(c => `pets/${c.folder}`), 'pets/template', 'icons']) walk(folder);
   for (const name of files.keys()) if (fs.existsSync(path.join(root, name))) found.add(name);
   return found;
 }
