@@ -77,7 +77,7 @@ void PetPointer::enter()
 
 void PetPointer::rightPress()
 {
-    m_actions.menuRequested();
+    m_actions.menuAsked();
 }
 
 } // namespace nibbo

@@ -19,7 +19,7 @@ public:
     virtual void doubleClicked() = 0;
     /// The pointer came over the pet.
     virtual void hovered() = 0;
-    virtual void menuRequested() = 0;
+    virtual void menuAsked() = 0;
 };
 
 /// Tells a click from a drag and a single click from a double one. Positions are screen positions in

@@ -20,7 +20,7 @@ struct Recorder final : PetPointerActions
     void clicked() override { heard.emplace_back("click"); }
     void doubleClicked() override { heard.emplace_back("double"); }
     void hovered() override { heard.emplace_back("hover"); }
-    void menuRequested() override { heard.emplace_back("menu"); }
+    void menuAsked() override { heard.emplace_back("menu"); }
 };
 
 struct Bench
