@@ -165,6 +165,8 @@ PetWindowController::PetWindowController(PetViewModel& model, SettingsStore& set
     m_placement = makeWindowPlacement(*m_window);
     m_placement->setAbove(current.alwaysOnTop);
     connect(m_placement.get(), &WindowPlacement::blendingChanged, &m_cutTimer, qOverload<>(&QTimer::start));
+    connect(m_placement.get(), &WindowPlacement::blendingChanged, this,
+            &PetWindowController::blendingChanged);
     connect(&settings, &SettingsStore::changed, this, &PetWindowController::onSettingsChanged);
 
     connect(qGuiApp, &QGuiApplication::screenAdded, this, &PetWindowController::watchScreens);
@@ -186,6 +188,11 @@ PetWindowController::~PetWindowController()
 QWidget& PetWindowController::window()
 {
     return *m_window;
+}
+
+bool PetWindowController::blendsTransparency() const
+{
+    return m_placement->blendsTransparency();
 }
 
 void PetWindowController::showPet()

@@ -48,11 +48,14 @@ public:
     void setReducedMotion(bool reduced);
 
     QWidget& window();
+    /// False where translucent pixels are not blended with what lies below.
+    bool blendsTransparency() const;
     PetPictures& pictures() { return m_pictures; }
 
 Q_SIGNALS:
     /// The right button asked for the pet's menu, at this place of the screen.
     void menuRequested(const QPoint& globalPosition);
+    void blendingChanged();
 
 private:
     class Window;
