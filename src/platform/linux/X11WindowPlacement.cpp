@@ -208,8 +208,7 @@ void X11WindowPlacement::sendToRoot(Atom type, const std::uint32_t (&data)[5])
 
 void X11WindowPlacement::changeState(bool add, Atom first, std::optional<Atom> second)
 {
-    sendToRoot(netWmState,
-               {add ? 1U : 0U, m_atoms[first], second ? m_atoms[*second] : 0U, sourcePager, 0});
+    sendToRoot(netWmState, {add ? 1U : 0U, m_atoms[first], second ? m_atoms[*second] : 0U, sourcePager, 0});
 }
 
 bool X11WindowPlacement::ownsCompositorSelection() const

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QMenu>
+#include <QObject>
+#include <QSystemTrayIcon>
+
+#include <memory>
+
+namespace nibbo {
+
+class PetMenuController;
+
+/// The item in the desktop's status bar: the pet's picture with the pet's menu. It comes back when the status
+/// bar does. A click opens the settings. Main thread.
+class StatusItem final : public QObject
+{
+    Q_OBJECT
+public:
+    /// `picture` is shown as it is; where it is missing the theme's own pawprint or the application icon
+    /// stands in.
+    StatusItem(PetMenuController& menu, const QString& picture, QObject* parent = nullptr);
+
+    /// Rebuilds the menu, in the language of now.
+    void refreshMenu();
+
+Q_SIGNALS:
+    void activated();
+
+private:
+    void show();
+
+    PetMenuController& m_controller;
+    QIcon m_icon;
+    QMenu m_menu;
+    std::unique_ptr<QSystemTrayIcon> m_item;
+};
+
+} // namespace nibbo

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "base/AppPaths.h"
+#include "base/Result.h"
+#include "hooks/HookInstaller.h"
+
+#include <QString>
+
+#include <functional>
+
+namespace nibbo {
+
+class AgentSessionStore;
+class PackLibrary;
+class SecretStore;
+class SettingsStore;
+class SmartSummarizer;
+
+/// What the settings window and the onboarding work on. All of it outlives their windows.
+struct SettingsServices
+{
+    SettingsStore& settings;
+    AgentSessionStore& sessions;
+    const PackLibrary& packs;
+    SmartSummarizer& summarizer;
+    SecretStore& secrets;
+    AppPaths paths;
+    /// A fresh installer for the enabled providers of the moment; any thread may use it.
+    std::function<HookInstaller()> installer;
+    /// Looks for every agent tool again; the settings' statuses tell what came of it.
+    std::function<void()> runDetection;
+    /// The doctor's report as plain text; it takes seconds, and the answer comes on the main thread.
+    std::function<void(std::function<void(const QString& report)> answer)> runDoctor;
+    /// Opens onboarding, again if need be.
+    std::function<void()> showOnboarding;
+    /// The last event of a provider as the agent log has it; empty when there is none.
+    std::function<QString(const QString& providerId)> lastEvent;
+};
+
+} // namespace nibbo
