@@ -507,10 +507,10 @@ function rim(markup, P) {
         outline = sw >= 3.9 || a.includes(` fill="${P.line}"`);
       if (!outline || /opacity=/.test(a) || a.includes(` stroke="${P.edge}"`)) return '';
       const geometry = a.replace(/ (fill|stroke|stroke-width)="[^"]*"/g, '');
-      return `<${tag}${geometry}${/ fill=/.test(a) ? '' : ' fill="none"'}${sw === OUT ? '' : ` stroke-width="${f(sw + RIM)}"`}/>`;
+      return `<${tag}${geometry}${/ fill=/.test(a) ? '' : ' fill="none"'} stroke-width="${f(sw + RIM)}"/>`;
     })
     .join('');
-  return `<g fill="${P.edge}" stroke="${P.edge}" stroke-width="${f(OUT + RIM)}">${shapes}</g>`.replace(/<g transform="[^"]*"><\/g>/g, '');
+  return `<g fill="${P.edge}" stroke="${P.edge}">${shapes}</g>`.replace(/<g transform="[^"]*"><\/g>/g, '');
 }
 /** The markup of a pose in a tint, and the gradients it may use by id. */
 export function draw(pose, tint = 'pink') {

@@ -12,7 +12,8 @@ export const clamp = (v, lo = 0, hi = 1) => Math.max(lo, Math.min(hi, v));
 /** A number as short text: at most `decimals` places, no leading zero, no negative zero. */
 export const num = (n, decimals = 2) => {
   const scale = 10 ** decimals;
-  const text = String(Math.round(n * scale) / scale);
+  // Ties are pushed over, so that the last bit of a sine, which differs between versions of node, decides nothing.
+  const text = String(Math.round(n * scale + 1e-6) / scale);
   return text === '-0' ? '0' : text.replace(/^(-?)0\./, '$1.');
 };
 export const pt = p => `${num(p[0])} ${num(p[1])}`;
@@ -108,7 +109,19 @@ export function arc(cx, cy, rx, ry, from, to, move = true) {
 
 /** The lands of a small globe of radius r as it turns; phase 0..1 is a third of a turn, after which the pattern repeats. */
 export function globeLands(r, phase) {
-  const coast = [[-32, 20], [-18, 42], [6, 50], [26, 34], [22, 12], [8, 4], [4, -18], [-8, -40], [-20, -30], [-16, -8], [-30, 2]];
+  const coast = [
+    [-32, 20],
+    [-18, 42],
+    [6, 50],
+    [26, 34],
+    [22, 12],
+    [8, 4],
+    [4, -18],
+    [-8, -40],
+    [-20, -30],
+    [-16, -8],
+    [-30, 2],
+  ];
   const lands = [];
   for (let copy = -1; copy <= 1; copy++) {
     const turn = (copy + phase) * 120;
@@ -196,6 +209,11 @@ export function document({ width, height, content, defs = {}, decimals = 2 }) {
     .replace(/ d="([^"]*)"/g, (_, d) => ` d="${compact(d, decimals)}"`)
     .replace(/ (c[xy]|r[xy])="([^"]*)"/g, (_, name, v) => ` ${name}="${num(Number(v), decimals)}"`)
     .replace(/translate\(([^ ]+) ([^)]+)\)/g, (_, x, y) => `translate(${num(Number(x), decimals)} ${num(Number(y), decimals)})`);
+  // The commonest stroke width becomes the default.
+  const widths = new Map();
+  for (const [, w] of body.matchAll(/<(?:path|ellipse)[^>]* stroke-width="([^"]+)"/g)) widths.set(w, (widths.get(w) ?? 0) + 1);
+  const common = [...widths].reduce((best, w) => (w[1] > best[1] ? w : best), ['1', 0])[0];
+  body = body.replace(/<(path|ellipse)[^>]*>/g, shape => shape.replace(` stroke-width="${common}"`, ''));
   // A shape drawn twice, say filled and outlined, is written once.
   const counts = new Map();
   for (const [d] of body.matchAll(/<path d="[^"]{50,}"/g)) counts.set(d, (counts.get(d) ?? 0) + 1);
@@ -209,7 +227,7 @@ export function document({ width, height, content, defs = {}, decimals = 2 }) {
   return (
     `<svg xmlns="http://www.w3.org/2000/svg"${shapes ? ' xmlns:xlink="http://www.w3.org/1999/xlink"' : ''} version="1.2" baseProfile="tiny" ` +
     `width="${width}" height="${height}" viewBox="0 0 ${width} ${height}">${used || shapes ? `<defs>${used}${shapes}</defs>` : ''}` +
-    `<g fill="none" stroke-linecap="round" stroke-linejoin="round">${body}</g></svg>\n`
+    `<g fill="none"${common === '1' ? '' : ` stroke-width="${common}"`} stroke-linecap="round" stroke-linejoin="round">${body}</g></svg>\n`
   );
 }
 
