@@ -176,6 +176,7 @@ void ApprovalCard::compose()
     m_command = CommandDisplay::of(command, m_look.language);
     m_rowsWidth = 0;
     wrapCommand(m_cardWidth);
+    m_wantedHeight = std::ceil(arrange(m_cardWidth, std::nullopt).height);
     setAccessibleName(m_title);
     setAccessibleDescription(command);
     updateGeometry();
@@ -184,7 +185,7 @@ void ApprovalCard::compose()
 
 QSize ApprovalCard::preferredSize() const
 {
-    return QSizeF(m_cardWidth, std::ceil(arrange(m_cardWidth, std::nullopt).height)).toSize();
+    return QSizeF(m_cardWidth, m_wantedHeight).toSize();
 }
 
 /// From the top: who asks; risk and folder; the agent's reason; the warning; the command, which gives way
@@ -471,14 +472,6 @@ void ApprovalCard::drawHeader(QPainter& painter) const
         icon.draw(painter, QRectF(rest.left(), rest.top() + 1, side, side), colours.accent);
         rest.setLeft(rest.left() + side + 6);
     }
-    if (m_drawn.othersWaiting > 0) {
-        const QString words = waitingText(m_drawn.othersWaiting, m_look.language);
-        const double width = std::ceil(textWidth(m_metrics.smallFont, words)) + 14;
-        const QRectF pill(rest.right() - width, rest.top(), width, rest.height());
-        drawPill(painter, pill, colours.inset);
-        drawText(painter, pill, Qt::AlignCenter, m_metrics.smallFont, colours.quietText, words);
-        rest.setRight(pill.left() - 8);
-    }
     drawText(painter, rest, Qt::AlignVCenter | Qt::AlignLeft, m_metrics.titleFont, colours.text, m_title);
 }
 
@@ -499,6 +492,14 @@ void ApprovalCard::drawFacts(QPainter& painter) const
     }
     drawText(painter, pill, Qt::AlignCenter, m_metrics.smallFont, colour, words);
     rest.setLeft(pill.right() + 8);
+    if (m_drawn.othersWaiting > 0) {
+        const QString count = waitingText(m_drawn.othersWaiting, m_look.language);
+        const double room = std::ceil(textWidth(m_metrics.smallFont, count)) + 14;
+        const QRectF waiting(rest.right() - room, rest.top(), room, rest.height());
+        drawPill(painter, waiting, colours.inset);
+        drawText(painter, waiting, Qt::AlignCenter, m_metrics.smallFont, colours.quietText, count);
+        rest.setRight(waiting.left() - 8);
+    }
     drawText(painter, rest, Qt::AlignVCenter | Qt::AlignLeft, m_metrics.smallFont, colours.quietText,
              m_folder, Qt::ElideLeft);
 }
@@ -514,7 +515,7 @@ void ApprovalCard::drawWarning(QPainter& painter) const
     drawCautionSign(painter, QRectF(rest.left() + 7, rest.top() + 3.5, side, side), colours.caution);
     rest.adjust(side + 13, 0, -7, 0);
     drawText(painter, rest, Qt::AlignVCenter | Qt::AlignLeft, m_metrics.smallFont, colours.caution,
-             text(m_look.language, u"Hidden characters, shown as <U+…>", u"含有隐藏字符，以 <U+…> 标出"));
+             text(m_look.language, u"Hidden characters are marked", u"含有隐藏字符，已标出"));
 }
 
 void ApprovalCard::drawCommand(QPainter& painter) const

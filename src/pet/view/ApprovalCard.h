@@ -122,6 +122,7 @@ private:
     QString m_folder;
     double m_rowsWidth = 0.0;
     double m_cardWidth = 0.0;
+    double m_wantedHeight = 0.0;
     Geometry m_geometry;
     double m_firstRow = 0.0;
     double m_presence = 1.0;

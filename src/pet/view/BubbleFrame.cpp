@@ -8,20 +8,21 @@ namespace nibbo {
 namespace {
 
 constexpr double shadowRoom = 12.0;
-constexpr double shadowDrop = 3.0;
+constexpr double shadowDrop = 2.5;
 constexpr double shadowBelowTail = 6.0;
 constexpr double tailHeight = 9.0;
 constexpr double tailHalfWidth = 9.0;
 
-/// Wide soft strokes on top of one another add up to a smooth fall-off.
+/// Of the body alone: the tail's would reach beyond the room that is there. Wide soft strokes on top of one
+/// another add up to a smooth fall-off.
 void drawShadow(QPainter& painter, const QPainterPath& outline, QColor colour)
 {
-    constexpr int rings = 11;
+    constexpr int rings = 9;
     painter.save();
     painter.translate(0, shadowDrop);
     painter.setBrush(Qt::NoBrush);
     for (int ring = rings; ring >= 1; --ring) {
-        colour.setAlpha(2 + (rings - ring) / 3);
+        colour.setAlpha(3 + (rings - ring) / 3);
         painter.setPen(QPen(colour, 2.0 * ring, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         painter.drawPath(outline);
     }
@@ -53,6 +54,7 @@ void BubbleFrame::shape(QSize whole, TailSide side, int tip, double radius)
     m_whole = whole;
     m_body = QRectF(QPointF(), QSizeF(whole)).marginsRemoved(margins(side));
     radius = std::min({radius, m_body.width() / 2, m_body.height() / 2});
+    m_radius = radius;
     const double nearest = m_body.left() + radius + tailHalfWidth;
     const double farthest = m_body.right() - radius - tailHalfWidth;
     const double x =
@@ -87,8 +89,11 @@ void BubbleFrame::draw(QPainter& painter, const BubbleLook& look)
         QPainter pen(&m_picture);
         const BubbleColours& colours = look.colours();
         pen.setRenderHint(QPainter::Antialiasing);
-        if (look.composited)
-            drawShadow(pen, m_outline, colours.shadow);
+        if (look.composited) {
+            QPainterPath body;
+            body.addRoundedRect(m_body, m_radius, m_radius);
+            drawShadow(pen, body, colours.shadow);
+        }
         pen.setBrush(colours.surface);
         pen.setPen(Qt::NoPen);
         pen.drawPath(m_outline);

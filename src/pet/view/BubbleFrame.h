@@ -34,6 +34,7 @@ public:
 private:
     QSize m_whole;
     QRectF m_body;
+    double m_radius = 0.0;
     QPointF m_tip;
     QPainterPath m_outline;
     QPixmap m_picture;

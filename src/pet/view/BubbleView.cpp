@@ -311,7 +311,7 @@ void BubbleView::drawWords(QPainter& painter)
         m_activityIcon.draw(painter, QRectF(inner.left(), y + (height - icon) / 2, icon, icon),
                             colours.accent);
         m_activity.draw(painter, {inner.left() + room, y + (height - m_activity.size().height()) / 2},
-                        colours.quietText);
+                        inner.width() - room, colours.quietText);
         y += height + m_metrics.gap * 0.7;
     }
     const double besideWords = m_iconBesideWords ? textHeight(m_metrics.font) : 0.0;

@@ -31,11 +31,11 @@ qsizetype graphemeBoundaryAtOrBefore(const QString& text, qsizetype position)
     return finder.isAtBoundary() ? position : std::max<qsizetype>(0, finder.toPreviousBoundary());
 }
 
-QTextOption optionFor(const QString& text)
+QTextOption optionFor(bool rightToLeft)
 {
-    QTextOption option;
+    QTextOption option(Qt::AlignLeft | Qt::AlignAbsolute);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    option.setTextDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    option.setTextDirection(rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     return option;
 }
 
@@ -43,26 +43,33 @@ struct Span
 {
     qsizetype start;
     qsizetype length;
-    double width;
 };
 
 /// Lays the layout out and gives its lines, at most one more than `limit`.
 std::vector<Span> layOut(QTextLayout& layout, double width, int limit)
 {
     std::vector<Span> spans;
-    double y = 0;
     layout.beginLayout();
     while (static_cast<int>(spans.size()) <= limit) {
         QTextLine line = layout.createLine();
         if (!line.isValid())
             break;
         line.setLineWidth(width);
-        line.setPosition({0, y});
-        y += std::ceil(line.height());
-        spans.push_back({line.textStart(), line.textLength(), line.naturalTextWidth()});
+        spans.push_back({line.textStart(), line.textLength()});
     }
     layout.endLayout();
     return spans;
+}
+
+/// Lays out the whole text as one line, starting at zero.
+QSizeF oneLine(QTextLayout& layout)
+{
+    layout.beginLayout();
+    QTextLine line = layout.createLine();
+    line.setNumColumns(static_cast<int>(layout.text().size()) + 1);
+    line.setPosition({0, 0});
+    layout.endLayout();
+    return {line.naturalTextWidth(), std::ceil(line.height())};
 }
 
 /// The longest beginning of `rest` that fits with "…" behind it, cut between graphemes.
@@ -119,28 +126,32 @@ QString calmed(const QString& words)
 }
 
 TextBlock::TextBlock(const QString& text, const QFont& font, double width, int maximumLines)
-    : m_text(text)
-    , m_font(font)
-    , m_wrapWidth(width)
+    : m_font(font)
+    , m_rightToLeft(text.isRightToLeft())
 {
-    m_text.replace(u'\n', QChar(QChar::LineSeparator));
-    QTextLayout layout(m_text, m_font);
-    layout.setTextOption(optionFor(m_text));
+    if (text.isEmpty())
+        return;
+    QString words = text;
+    words.replace(u'\n', QChar(QChar::LineSeparator));
+    QTextLayout layout(words, m_font);
+    layout.setTextOption(optionFor(m_rightToLeft));
     std::vector<Span> spans = layOut(layout, width, maximumLines);
     if (static_cast<int>(spans.size()) > maximumLines) {
         m_elided = true;
         const qsizetype last = spans[static_cast<size_t>(maximumLines) - 1].start;
-        QString rest = m_text.mid(last);
+        QString rest = words.mid(last);
         if (const qsizetype lineBreak = rest.indexOf(QChar(QChar::LineSeparator)); lineBreak >= 0)
             rest.truncate(lineBreak);
-        m_text = m_text.left(last) + elided(rest, m_font, width);
-        layout.setText(m_text);
-        spans = layOut(layout, width, maximumLines);
+        spans.resize(static_cast<size_t>(maximumLines) - 1);
+        for (const Span& span : spans)
+            addLine(words.mid(span.start, span.length));
+        addLine(elided(rest, m_font, width));
+        return;
     }
 
     // The narrowest width that needs no more lines.
     const size_t lines = spans.size();
-    if (lines > 1 && !m_elided) {
+    if (lines > 1) {
         double tooNarrow = width * 0.5;
         double enough = width;
         for (int step = 0; step < 6; ++step) {
@@ -148,43 +159,34 @@ TextBlock::TextBlock(const QString& text, const QFont& font, double width, int m
             (layOut(layout, middle, static_cast<int>(lines)).size() <= lines ? enough : tooNarrow) = middle;
         }
         spans = layOut(layout, enough, maximumLines);
-        m_wrapWidth = enough;
     }
-    double widest = 0;
     for (const Span& span : spans)
-        widest = std::max(widest, span.width);
-    double height = 0;
-    for (int line = 0; line < layout.lineCount(); ++line)
-        height += std::ceil(layout.lineAt(line).height());
-    m_size = QSizeF(std::ceil(widest), height);
+        addLine(words.mid(span.start, span.length));
 }
 
-QStringList TextBlock::lines() const
+void TextBlock::addLine(QString line)
 {
-    QTextLayout layout(m_text, m_font);
-    layout.setTextOption(optionFor(m_text));
-    QStringList all;
-    for (const Span& span : layOut(layout, m_wrapWidth, 1000))
-        all += m_text.mid(span.start, span.length).trimmed();
-    return all;
+    while (!line.isEmpty() && (line.back().isSpace() || line.back() == QChar(QChar::LineSeparator)))
+        line.chop(1);
+    m_lines += line;
+    QTextLayout layout(line, m_font);
+    layout.setTextOption(optionFor(m_rightToLeft));
+    const QSizeF size = oneLine(layout);
+    m_size = QSizeF(std::max(m_size.width(), std::ceil(size.width())), m_size.height() + size.height());
 }
 
-void TextBlock::draw(QPainter& painter, QPointF topLeft, const QColor& colour) const
-{
-    draw(painter, topLeft, m_size.width(), colour);
-}
-
+/// Line by line: the blanks at which a paragraph was wrapped have no place in a line that ends on the right.
 void TextBlock::draw(QPainter& painter, QPointF topLeft, double width, const QColor& colour) const
 {
-    if (m_text.isEmpty())
-        return;
-    QTextLayout layout(m_text, m_font);
-    layout.setTextOption(optionFor(m_text));
-    layOut(layout, m_wrapWidth, 1000);
-    // Right-to-left lines end at the wrapping width.
-    const double shift = m_text.isRightToLeft() ? width - m_wrapWidth : 0.0;
     painter.setPen(colour);
-    layout.draw(&painter, topLeft + QPointF(shift, 0));
+    double y = topLeft.y();
+    for (const QString& line : m_lines) {
+        QTextLayout layout(line, m_font);
+        layout.setTextOption(optionFor(m_rightToLeft));
+        const QSizeF size = oneLine(layout);
+        layout.draw(&painter, {topLeft.x() + (m_rightToLeft ? width - size.width() : 0.0), y});
+        y += size.height();
+    }
 }
 
 } // namespace nibbo

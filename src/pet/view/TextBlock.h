@@ -26,16 +26,17 @@ public:
     /// As small as the text allows: lines are balanced, so that no last word stands alone.
     QSizeF size() const { return m_size; }
     bool isElided() const { return m_elided; }
-    QStringList lines() const;
-    void draw(QPainter& painter, QPointF topLeft, const QColor& colour) const;
-    /// Drawn into a width of the caller's choice: right-to-left text moves to its right side.
+    const QStringList& lines() const { return m_lines; }
+    /// Right-to-left text stands on the right of `width`.
     void draw(QPainter& painter, QPointF topLeft, double width, const QColor& colour) const;
 
 private:
-    QString m_text; // line breaks as QChar::LineSeparator
+    void addLine(QString line);
+
+    QStringList m_lines;
     QFont m_font;
     QSizeF m_size;
-    double m_wrapWidth = 0.0;
+    bool m_rightToLeft = false;
     bool m_elided = false;
 };
 
