@@ -469,7 +469,7 @@ void ApprovalCard::drawHeader(QPainter& painter) const
     const TintedIcon icon = TintedIcon::ofProvider(m_drawn.prompt.provider);
     if (!icon.isEmpty()) {
         const double side = rest.height() - 2;
-        icon.draw(painter, QRectF(rest.left(), rest.top() + 1, side, side), colours.accent);
+        icon.draw(painter, QRectF(rest.left(), rest.top() + 1, side, side), colours.accentText);
         rest.setLeft(rest.left() + side + 6);
     }
     drawText(painter, rest, Qt::AlignVCenter | Qt::AlignLeft, m_metrics.titleFont, colours.text, m_title);
@@ -568,7 +568,7 @@ void ApprovalCard::drawCommand(QPainter& painter) const
     painter.drawLine(m_geometry.footer.topLeft() + QPointF(1, 0),
                      m_geometry.footer.topRight() - QPointF(1, 0));
     drawText(painter, m_geometry.footer.adjusted(8, 0, -8, 0), Qt::AlignCenter, m_metrics.smallFont,
-             hidden > 0 ? colours.accent : colours.quietText, words);
+             hidden > 0 ? colours.accentText : colours.quietText, words);
 }
 
 void ApprovalCard::drawButton(QPainter& painter, CardButton button) const

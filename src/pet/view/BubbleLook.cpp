@@ -1,6 +1,7 @@
 #include "pet/view/BubbleLook.h"
 
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QFontMetricsF>
 
 namespace nibbo {
@@ -25,6 +26,7 @@ BubbleColours lightColours()
     colours.inset = QColor(0xF4, 0xF5, 0xF8);
     colours.insetOutline = QColor(0x1B, 0x1E, 0x2B, 18);
     colours.accent = QColor(0x3E, 0x5B, 0xD8);
+    colours.accentText = colours.accent;
     colours.onAccent = QColor(0xFF, 0xFF, 0xFF);
     colours.danger = danger;
     colours.dangerFill = withAlpha(danger, 20);
@@ -47,7 +49,8 @@ BubbleColours darkColours()
     colours.quietText = QColor(0xA3, 0xA8, 0xB8);
     colours.inset = QColor(0x1B, 0x1C, 0x22);
     colours.insetOutline = QColor(0xFF, 0xFF, 0xFF, 22);
-    colours.accent = QColor(0x5B, 0x7C, 0xFA);
+    colours.accent = QColor(0x44, 0x66, 0xEA);
+    colours.accentText = QColor(0x93, 0xA9, 0xFF);
     colours.onAccent = QColor(0xFF, 0xFF, 0xFF);
     colours.danger = danger;
     colours.dangerFill = withAlpha(danger, 30);
@@ -83,6 +86,18 @@ StyleRow rowOf(BubbleStyle style)
     return {1.05, 14.5, 4, 18.5, 6, 12.0, 14.0};
 }
 
+/// Left to itself, Qt draws Han characters in Japanese shapes where the user's font has none. Named behind that
+/// font these faces give the Chinese ones.
+QFont withHanFaces(QFont font)
+{
+    // What a generic name as "Sans Serif" stands for, or the Han faces would count as the first real choice.
+    QStringList families{QFontInfo(font).family()};
+    families << QStringLiteral("Noto Sans CJK SC") << QStringLiteral("Source Han Sans SC")
+             << QStringLiteral("WenQuanYi Micro Hei");
+    font.setFamilies(families);
+    return font;
+}
+
 QFont scaled(QFont font, double factor)
 {
     if (font.pointSizeF() > 0)
@@ -112,11 +127,11 @@ BubbleMetrics BubbleMetrics::of(BubbleStyle style, const QFont& base)
 {
     const StyleRow row = rowOf(style);
     BubbleMetrics metrics;
-    metrics.font = scaled(base, row.fontScale);
+    metrics.font = withHanFaces(scaled(base, row.fontScale));
     metrics.smallFont = scaled(metrics.font, 0.9);
     metrics.titleFont = metrics.font;
     metrics.titleFont.setWeight(QFont::DemiBold);
-    metrics.commandFont = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    metrics.commandFont = withHanFaces(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     if (metrics.smallFont.pointSizeF() > 0)
         metrics.commandFont.setPointSizeF(metrics.smallFont.pointSizeF());
     else

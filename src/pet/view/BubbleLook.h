@@ -29,6 +29,7 @@ struct BubbleColours
     QColor inset;
     QColor insetOutline;
     QColor accent;
+    QColor accentText;
     QColor onAccent;
     QColor danger;
     QColor dangerFill;

@@ -298,7 +298,7 @@ void BubbleView::drawWords(QPainter& painter)
         painter.setBrush(colours.inset);
         painter.drawRoundedRect(chip.adjusted(0.5, 0.5, -0.5, -0.5), chip.height() / 2, chip.height() / 2);
         m_chipIcon.draw(painter, QRectF(chip.left() + chipPadding, chip.top() + 2, icon, icon),
-                        colours.accent);
+                        colours.accentText);
         painter.setFont(m_metrics.smallFont);
         painter.setPen(colours.quietText);
         painter.drawText(chip.adjusted(chipPadding + iconRoom, 0, 0, 0),
@@ -309,15 +309,18 @@ void BubbleView::drawWords(QPainter& painter)
         const double room = m_activityIcon.isEmpty() ? 0.0 : icon + iconGap;
         const double height = std::max(icon, m_activity.size().height());
         m_activityIcon.draw(painter, QRectF(inner.left(), y + (height - icon) / 2, icon, icon),
-                            colours.accent);
+                            colours.accentText);
         m_activity.draw(painter, {inner.left() + room, y + (height - m_activity.size().height()) / 2},
                         inner.width() - room, colours.quietText);
         y += height + m_metrics.gap * 0.7;
     }
-    const double besideWords = m_iconBesideWords ? textHeight(m_metrics.font) : 0.0;
-    if (m_iconBesideWords)
-        m_activityIcon.draw(painter, QRectF(inner.left(), y, besideWords, besideWords), colours.accent);
-    const double room = m_iconBesideWords ? besideWords + iconGap : 0.0;
+    const double side = m_iconBesideWords ? textHeight(m_metrics.font) : 0.0;
+    if (m_iconBesideWords) {
+        const double line = m_words.size().height() / static_cast<double>(m_words.lines().size());
+        m_activityIcon.draw(painter, QRectF(inner.left(), y + (line - side) / 2, side, side),
+                            colours.accentText);
+    }
+    const double room = m_iconBesideWords ? side + iconGap : 0.0;
     m_words.draw(painter, {inner.left() + room, y}, inner.width() - room, colours.text);
 }
 
