@@ -2,7 +2,9 @@
 
 #include "pet/view/ApprovalCard.h"
 #include "pet/view/BubbleView.h"
+#include "pet/view/pictures/PetPictures.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QPainter>
 #include <QPixmap>
@@ -111,7 +113,8 @@ std::vector<Scene> bubbleScenes(AppLanguage language)
              QStringLiteral(
                  "ThisIsOneVeryLongIdentifierThatNobodyShouldEverHaveWrittenButSomebodyDidAnyway = true"))},
         {"emoji", narration("claude", PetState::responding, std::nullopt,
-                            QStringLiteral("Done 🎉 👩‍👩‍👧‍👦 🏳️‍🌈 é e\u0301 ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ "
+                            QStringLiteral("Done 🎉 👩‍👩‍👧‍👦 🏳️‍🌈 é e\u0301 ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ "
+                                           "✅ "
                                            "✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅"))},
         {"right to left",
          narration("claude", PetState::responding, std::nullopt,
@@ -241,30 +244,70 @@ QPixmap bubbleSheet(const std::vector<Scene>& scenes, ColourScheme scheme, AppLa
     return sheetOf(rows, scheme, ratio);
 }
 
+/// Two moments of each state's animation, large and in the smallest size that people use.
+QPixmap stateSheet(const QString& petPictures, ColourScheme scheme)
+{
+    constexpr int perRow = 5;
+    const double ratio = qApp->devicePixelRatio();
+    PetPictures pictures(petPictures);
+    const auto pixmap = [&](PetState state, int side, int frame) {
+        pictures.setSize(side, ratio);
+        QPixmap drawn = QPixmap::fromImage(pictures.frame(state, frame));
+        drawn.setDevicePixelRatio(ratio);
+        return drawn;
+    };
+    std::vector<Row> rows;
+    for (const PetState state : allPetStates()) {
+        if (rows.empty() || rows.back().size() == perRow)
+            rows.emplace_back();
+        const int middle = pictures.frameCount(state) / 2;
+        const QPixmap parts[] = {pixmap(state, 120, 0), pixmap(state, 120, middle),
+                                 pixmap(state, 75, middle)};
+        QSizeF size;
+        for (const QPixmap& part : parts)
+            size = QSizeF(size.width() + part.deviceIndependentSize().width(),
+                          std::max(size.height(), part.deviceIndependentSize().height()));
+        QPixmap together((size * ratio).toSize());
+        together.setDevicePixelRatio(ratio);
+        together.fill(Qt::transparent);
+        QPainter painter(&together);
+        double x = 0;
+        for (const QPixmap& part : parts) {
+            painter.drawPixmap(QPointF(x, size.height() - part.deviceIndependentSize().height()), part);
+            x += part.deviceIndependentSize().width();
+        }
+        painter.end();
+        rows.back().push_back({rawValue(state), together});
+    }
+    return sheetOf(rows, scheme, ratio);
+}
+
 } // namespace
 
-Result<QStringList> writeGallery(const QString& folder)
+Result<QStringList> writeGallery(const QString& folder, const QString& petPictures)
 {
     const QDir directory(folder);
     if (!directory.mkpath(QStringLiteral(".")))
         return Failure{QStringLiteral("The folder %1 cannot be made.").arg(folder)};
     QStringList written;
-    for (const AppLanguage language : {AppLanguage::en, AppLanguage::zh}) {
-        for (const ColourScheme scheme : {ColourScheme::light, ColourScheme::dark}) {
+    for (const ColourScheme scheme : {ColourScheme::light, ColourScheme::dark}) {
+        const QString theme = scheme == ColourScheme::dark ? QStringLiteral("dark") : QStringLiteral("light");
+        std::vector<std::pair<QString, QPixmap>> sheets{
+            {QStringLiteral("states-%1.png").arg(theme), stateSheet(petPictures, scheme)}};
+        for (const AppLanguage language : {AppLanguage::en, AppLanguage::zh}) {
             const QString suffix =
                 QStringLiteral("-%1-%2.png")
-                    .arg(language == AppLanguage::zh ? QStringLiteral("zh") : QStringLiteral("en"),
-                         scheme == ColourScheme::dark ? QStringLiteral("dark") : QStringLiteral("light"));
-            const std::pair<QString, std::vector<Scene>> sheets[] = {
-                {QStringLiteral("bubble"), bubbleScenes(language)},
-                {QStringLiteral("card"), cardScenes(language)},
-            };
-            for (const auto& [name, scenes] : sheets) {
-                const QString file = directory.filePath(name + suffix);
-                if (!bubbleSheet(scenes, scheme, language).save(file, "PNG"))
-                    return Failure{QStringLiteral("%1 cannot be written.").arg(file)};
-                written += file;
-            }
+                    .arg(language == AppLanguage::zh ? QStringLiteral("zh") : QStringLiteral("en"), theme);
+            sheets.emplace_back(QStringLiteral("bubble") + suffix,
+                                bubbleSheet(bubbleScenes(language), scheme, language));
+            sheets.emplace_back(QStringLiteral("card") + suffix,
+                                bubbleSheet(cardScenes(language), scheme, language));
+        }
+        for (const auto& [name, sheet] : sheets) {
+            const QString file = directory.filePath(name);
+            if (!sheet.save(file, "PNG"))
+                return Failure{QStringLiteral("%1 cannot be written.").arg(file)};
+            written += file;
         }
     }
     return written;
