@@ -1,15 +1,22 @@
 #include "hooks/GeneratedFiles.h"
 
 #include "agents/ProviderRegistry.h"
+#include "base/AppPaths.h"
 #include "hooks/GeneratedFilesSupport.h"
+#include "intake/LocalSocketServer.h"
+#include "support/Wait.h"
 
 #include <nlohmann/json.hpp>
 
 #include <QDir>
 #include <QFileInfo>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <mutex>
+#include <vector>
 
 namespace nibbo {
 namespace {
@@ -18,6 +25,7 @@ using test::awkwardNames;
 using test::hookTestsFolder;
 using test::Outcome;
 using test::run;
+using test::waitFor;
 using test::write;
 
 TEST(GeneratedFilesTest, QuotedTextIsReadBackByShellsAndJavaScript)
@@ -148,6 +156,79 @@ TEST(OpenCodePluginTest, TellsAndAsksUnderNode)
             {hookTestsFolder + QStringLiteral("opencode-plugin.test.mjs"), plugin, socket});
     EXPECT_EQ(outcome.status, 0) << outcome.out.toStdString() << outcome.error.toStdString();
     EXPECT_TRUE(outcome.out.contains("\n# fail 0")) << outcome.out.toStdString();
+}
+
+TEST(OpenCodePluginTest, TalksWithTheApplicationsOwnSocket)
+{
+    QTemporaryDir home(QDir::tempPath() + QStringLiteral("/oc-XXXXXX"));
+    const QString plugin = home.filePath(QStringLiteral("nibbo.mjs"));
+    write(plugin, openCodePlugin({home.path(), {}}));
+    std::mutex mutex;
+    std::vector<AgentEvent> events;
+    std::vector<LocalSocketServer::Responder> responders;
+    const auto count = [&] {
+        const std::lock_guard lock(mutex);
+        return events.size();
+    };
+    LocalSocketServer server{AppPaths(home.path())};
+    server.onEvent = [&](const AgentEvent& event, const LocalSocketServer::Responder& respond) {
+        const std::lock_guard lock(mutex);
+        events.push_back(event);
+        responders.push_back(respond);
+    };
+    server.start();
+    ASSERT_TRUE(waitFor([&] { return server.running(); }));
+
+    QProcess host;
+    host.start(QStringLiteral("node"), {hookTestsFolder + QStringLiteral("opencode-host.mjs"), plugin});
+    const auto emitEvent = [&host](const QByteArray& type, const QByteArray& properties) {
+        host.write("{\"type\":\"" + type + "\",\"properties\":" + properties + "}\n");
+    };
+    const auto ask = [&](const QByteArray& id) {
+        emitEvent("permission.asked",
+                  "{\"id\":\"" + id +
+                      "\",\"sessionID\":\"s\",\"permission\":\"bash\",\"patterns\":[\"ls\",\"pwd\"]}");
+    };
+    emitEvent("session.created", "{\"info\":{\"id\":\"s\",\"directory\":\"/d\"}}");
+    ask("per_1");
+    ASSERT_TRUE(waitFor([&] { return count() == 2; }));
+    EXPECT_EQ(events[0].type, AgentEventType::agentStarted);
+    EXPECT_EQ(events[0].cwd, QStringLiteral("/d"));
+    EXPECT_EQ(events[1].provider.rawValue(), QStringLiteral("opencode"));
+    EXPECT_EQ(events[1].type, AgentEventType::approvalRequired);
+    EXPECT_EQ(events[1].command, QStringLiteral("ls && pwd"));
+    EXPECT_EQ(events[1].sessionId, QStringLiteral("opencode-s"));
+
+    QByteArray answers;
+    const auto answered = [&](const QByteArray& line) {
+        return waitFor([&] {
+            answers += host.readAllStandardOutput();
+            return answers.endsWith(line);
+        });
+    };
+    responders[1](true);
+    EXPECT_TRUE(answered("{\"id\":\"s\",\"permissionID\":\"per_1\",\"response\":\"once\"}\n"))
+        << answers.toStdString();
+    ask("per_2");
+    ASSERT_TRUE(waitFor([&] { return count() == 3; }));
+    responders[2](false);
+    EXPECT_TRUE(answered("{\"id\":\"s\",\"permissionID\":\"per_2\",\"response\":\"reject\"}\n"))
+        << answers.toStdString();
+
+    // An answer given in the terminal takes the request back.
+    ask("per_3");
+    ASSERT_TRUE(waitFor([&] { return server.waitingConnections() == 1; }));
+    emitEvent("permission.replied", "{\"sessionID\":\"s\",\"requestID\":\"per_3\",\"reply\":\"once\"}");
+    EXPECT_TRUE(waitFor([&] { return server.waitingConnections() == 0; }));
+
+    // A request that waits does not keep OpenCode from ending.
+    ask("per_4");
+    ASSERT_TRUE(waitFor([&] { return server.waitingConnections() == 1; }));
+    host.closeWriteChannel();
+    EXPECT_TRUE(host.waitForFinished(60000));
+    EXPECT_EQ(host.exitCode(), 0) << host.readAllStandardError().toStdString();
+    EXPECT_TRUE(waitFor([&] { return server.waitingConnections() == 0; }));
+    server.stop();
 }
 
 } // namespace
