@@ -46,7 +46,8 @@ public:
 
     /// What lies at the path once symbolic links are followed; nothing when there is nothing.
     virtual std::optional<FileFacts> facts(const QString& path) const = 0;
-    /// The path with every symbolic link followed, also where the last one leads to nothing.
+    /// The path with its symbolic links followed, also where the last one leads to nothing; empty when they
+    /// go in a circle.
     virtual QString resolved(const QString& path) const = 0;
     /// The names in a directory, sorted; empty when it cannot be read.
     virtual QStringList names(const QString& directory) const = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <deque>
 #include <utility>
 
 namespace nibbo {
@@ -68,11 +69,18 @@ char unescaped(char c)
     }
 }
 
+bool isEscaped(std::string_view spelling)
+{
+    return spelling.find('\\') != std::string_view::npos;
+}
+
 /// The meaning of a string in its quotes.
 std::string decoded(std::string_view quoted)
 {
     std::string result;
     const std::string_view inner = quoted.substr(1, quoted.size() - 2);
+    if (!isEscaped(inner))
+        return std::string(inner);
     result.reserve(inner.size());
     for (std::size_t i = 0; i < inner.size(); ++i) {
         if (inner[i] != '\\') {
@@ -120,6 +128,10 @@ std::string quoted(std::string_view text)
 /// Slashes need no escape.
 void appendSpelling(std::string& out, const std::string& spelling)
 {
+    if (!isEscaped(spelling)) {
+        out += spelling;
+        return;
+    }
     for (std::size_t i = 0; i < spelling.size(); ++i) {
         if (spelling[i] == '\\' && i + 1 < spelling.size()) {
             if (spelling[i + 1] != '/')
@@ -489,8 +501,10 @@ const JsonValue* JsonValue::member(std::string_view key) const
 {
     if (!isObject())
         return nullptr;
-    const auto found = std::find_if(m_items.rbegin(), m_items.rend(),
-                                    [key](const JsonValue& item) { return item.key() == key; });
+    const std::string spelled = quoted(key);
+    const auto found = std::find_if(m_items.rbegin(), m_items.rend(), [&](const JsonValue& item) {
+        return item.m_key == spelled || (isEscaped(item.m_key) && item.key() == key);
+    });
     return found == m_items.rend() ? nullptr : &*found;
 }
 
@@ -515,10 +529,16 @@ JsonValue& JsonValue::setMember(std::string_view key, JsonValue value)
 
 std::vector<const JsonValue*> JsonValue::sorted() const
 {
-    std::vector<std::pair<std::string, const JsonValue*>> keyed;
+    // Keys are compared as they are spelled, within their quotes; one with escapes by what it means.
+    std::deque<std::string> meanings;
+    std::vector<std::pair<std::string_view, const JsonValue*>> keyed;
     keyed.reserve(m_items.size());
-    for (const JsonValue& item : m_items)
-        keyed.emplace_back(item.key(), &item);
+    for (const JsonValue& item : m_items) {
+        std::string_view key = std::string_view(item.m_key).substr(1, item.m_key.size() - 2);
+        if (isEscaped(key))
+            key = meanings.emplace_back(item.key());
+        keyed.emplace_back(key, &item);
+    }
     std::stable_sort(keyed.begin(), keyed.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<const JsonValue*> result;
@@ -530,10 +550,7 @@ std::vector<const JsonValue*> JsonValue::sorted() const
 
 bool JsonValue::sameAs(const JsonValue& other) const
 {
-    if (m_kind != other.m_kind || m_items.size() != other.m_items.size())
-        return false;
-    const JsonComments none;
-    if (!((m_comments ? *m_comments : none) == (other.m_comments ? *other.m_comments : none)))
+    if (m_kind != other.m_kind || m_items.size() != other.m_items.size() || !sameComments(other))
         return false;
     switch (m_kind) {
     case Kind::string:
@@ -546,11 +563,25 @@ bool JsonValue::sameAs(const JsonValue& other) const
     case Kind::object:
         break;
     }
+    const bool sameOrder =
+        std::equal(m_items.begin(), m_items.end(), other.m_items.begin(),
+                   [](const JsonValue& a, const JsonValue& b) { return a.m_key == b.m_key; });
+    if (sameOrder)
+        return std::equal(m_items.begin(), m_items.end(), other.m_items.begin(),
+                          [](const JsonValue& a, const JsonValue& b) { return a.sameAs(b); });
     const auto mine = sorted();
     const auto theirs = other.sorted();
     return std::equal(mine.begin(), mine.end(), theirs.begin(), [](const JsonValue* a, const JsonValue* b) {
-        return a->key() == b->key() && a->sameAs(*b);
+        return (a->m_key == b->m_key || a->key() == b->key()) && a->sameAs(*b);
     });
+}
+
+bool JsonValue::sameComments(const JsonValue& other) const
+{
+    if (m_comments == other.m_comments)
+        return true;
+    const JsonComments none;
+    return (m_comments ? *m_comments : none) == (other.m_comments ? *other.m_comments : none);
 }
 
 std::optional<JsonText> JsonText::parse(const QByteArray& content)

@@ -73,6 +73,7 @@ private:
         : m_kind(kind)
     {}
     std::vector<const JsonValue*> sorted() const;
+    bool sameComments(const JsonValue& other) const;
 
     Kind m_kind = Kind::scalar;
     /// With its quotes when it is a string.

@@ -116,12 +116,12 @@ QString PosixFileSystem::resolved(const QString& path) const
         const ssize_t length =
             ::readlink(QFile::encodeName(current).constData(), target.data(), target.size());
         if (length < 0)
-            break;
+            return current;
         const QString next = QFile::decodeName(QByteArray(target.data(), static_cast<qsizetype>(length)));
         current = QDir::isAbsolutePath(next) ? next
                                              : current.left(current.lastIndexOf(QLatin1Char('/')) + 1) + next;
     }
-    return current;
+    return {};
 }
 
 QStringList PosixFileSystem::names(const QString& directory) const

@@ -12,6 +12,11 @@
 namespace nibbo {
 namespace {
 
+Failure circle(const QString& path)
+{
+    return Failure{QStringLiteral("cannot write %1: its links lead in a circle").arg(path)};
+}
+
 QString folderOf(const QString& path)
 {
     return path.left(path.lastIndexOf(QLatin1Char('/')));
@@ -137,6 +142,8 @@ Result<SafeWriter::Outcome> SafeWriter::writeInPlace(const QString& path,
     if (expected && *expected == content)
         return Outcome::unchanged;
     const QString target = m_files.resolved(path);
+    if (target.isEmpty())
+        return circle(path);
     const auto known = m_files.facts(target);
     if (known.has_value() != expected.has_value())
         return Outcome::overtaken;
@@ -205,6 +212,8 @@ Result<void> SafeWriter::putBack(const Journal& journal, const QString& error)
 Result<SafeWriter::Outcome> SafeWriter::replace(const QString& path, const QByteArray& content, mode_t mode)
 {
     const QString target = m_files.resolved(path);
+    if (target.isEmpty())
+        return circle(path);
     const auto known = m_files.facts(target);
     if (known && known->kind != FileKind::file)
         return Failure{QStringLiteral("cannot write %1: it is not a regular file").arg(path)};

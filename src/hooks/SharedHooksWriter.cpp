@@ -35,6 +35,11 @@ std::optional<JsonText> parsedObject(const QByteArray& content)
     return text && text->root.isObject() ? text : std::nullopt;
 }
 
+bool sameText(const JsonText& one, const JsonText& other)
+{
+    return one.tail == other.tail && one.root.sameAs(other.root);
+}
+
 } // namespace
 
 void SharedHooksWriter::prepareRoot(JsonValue&) const {}
@@ -59,7 +64,8 @@ JsonText SharedHooksWriter::withBridge(const ProviderSpec& spec, JsonText text) 
     return text;
 }
 
-QByteArray SharedHooksWriter::bytesOf(const ProviderSpec& spec, const JsonText& text) const
+std::optional<QByteArray> SharedHooksWriter::origin(const ProviderSpec& spec, const JsonText& wired,
+                                                    const JsonText& stripped) const
 {
     qint64 looked = 0;
     for (const QString& set : scope().backups.sets()) {
@@ -71,21 +77,27 @@ QByteArray SharedHooksWriter::bytesOf(const ProviderSpec& spec, const JsonText& 
         if (looked > searchLimit)
             break;
         Result<QByteArray> bytes = scope().files.read(path);
-        if (!bytes)
+        if (!bytes || bytes->contains(ownershipMark))
             continue;
-        const auto candidate = parsedObject(*bytes);
-        if (candidate && candidate->root.sameAs(text.root) && candidate->tail == text.tail)
+        const JsonText candidate = parsedObject(*bytes).value_or(JsonText{});
+        if (sameText(candidate, stripped) || sameText(withBridge(spec, candidate), wired))
             return std::move(bytes).value();
     }
-    return text.written();
+    return std::nullopt;
 }
 
 QByteArray SharedHooksWriter::withoutBridge(const ProviderSpec& spec, const QByteArray& content) const
 {
     if (!content.contains(ownershipMark))
         return content;
-    std::optional<JsonText> text = parsedObject(content);
-    return text && takeBridgeOut(text->root) ? bytesOf(spec, *text) : content;
+    const std::optional<JsonText> wired = parsedObject(content);
+    if (!wired)
+        return content;
+    JsonText stripped = *wired;
+    if (!takeBridgeOut(stripped.root))
+        return content;
+    std::optional<QByteArray> bytes = origin(spec, *wired, stripped);
+    return bytes ? std::move(*bytes) : stripped.written();
 }
 
 Result<void> SharedHooksWriter::install(const ProviderSpec& spec)
@@ -108,7 +120,7 @@ Result<Outcome> SharedHooksWriter::installOnce(const ProviderSpec& spec)
     }
     const QByteArray bytes = current->bytes.value_or(QByteArray());
     const auto known = parsedObject(bytes);
-    const JsonText wired = withBridge(spec, known.value_or(JsonText{}));
+    const JsonText wired = withBridge(spec, known ? *known : JsonText{});
     if (known && current->bytes && wired.root.sameAs(known->root))
         return Outcome::unchanged;
     if (!known || hasForeignShape(known->root, spec.events)) {

@@ -35,8 +35,9 @@ private:
     };
     Result<Content> readFile(const ProviderSpec& spec) const;
     JsonText withBridge(const ProviderSpec& spec, JsonText text) const;
-    /// The text, or the bytes of the newest backup that says the same without an entry of ours.
-    QByteArray bytesOf(const ProviderSpec& spec, const JsonText& text) const;
+    /// The bytes of the newest backup from which `wired` was made, or that says what `stripped` says.
+    std::optional<QByteArray> origin(const ProviderSpec& spec, const JsonText& wired,
+                                     const JsonText& stripped) const;
     QByteArray withoutBridge(const ProviderSpec& spec, const QByteArray& content) const;
 
     Result<SafeWriter::Outcome> installOnce(const ProviderSpec& spec);
