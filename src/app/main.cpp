@@ -1,0 +1,115 @@
+// Reads the command line, makes what it asks for, and runs it.
+#include "app/Application.h"
+#include "app/CommandLine.h"
+#include "app/ShareFolder.h"
+#include "app/SingleInstance.h"
+#include "app/TerminationSignals.h"
+#include "base/NibboLog.h"
+#include "intake/LocalSocketServer.h"
+
+#include <QApplication>
+#include <QIcon>
+
+#include <cstdio>
+#include <memory>
+
+namespace nibbo {
+namespace {
+
+void say(std::FILE* stream, const QString& text)
+{
+    const QByteArray line = text.toUtf8();
+    std::fputs(line.constData(), stream);
+    if (!line.endsWith('\n'))
+        std::fputc('\n', stream);
+    std::fflush(stream);
+}
+
+bool hasDisplay()
+{
+    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
+/// Only an X server lets anybody place a window, so XWayland is preferred to Wayland, also where the
+/// environment says otherwise; without an X server Wayland still shows a pet.
+void choosePlatform()
+{
+    const QByteArray chosen = qgetenv("QT_QPA_PLATFORM");
+    if (chosen.isEmpty() || (chosen.startsWith("wayland") && !qEnvironmentVariableIsEmpty("DISPLAY")))
+        qputenv("QT_QPA_PLATFORM", "xcb;wayland");
+}
+
+void nameApplication()
+{
+    QCoreApplication::setApplicationName(QStringLiteral("nibbo"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(NIBBO_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("nibbo"));
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+}
+
+int runPet(int& argc, char** argv)
+{
+    if (!hasDisplay() && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        say(stderr,
+            QStringLiteral("nibbo: there is no display to float on; set DISPLAY, or try --gallery DIR."));
+        return 1;
+    }
+    choosePlatform();
+    nameApplication();
+    QApplication qt(argc, argv);
+    const AppPaths paths = AppPaths::ofThisUser();
+    SingleInstance instance(paths, qEnvironmentVariable("DISPLAY", qEnvironmentVariable("WAYLAND_DISPLAY")));
+    switch (instance.claim()) {
+    case SingleInstance::Role::first:
+        break;
+    case SingleInstance::Role::second:
+        say(stdout, QStringLiteral("nibbo: it runs already; its settings are shown."));
+        return 0;
+    case SingleInstance::Role::secondUnanswered:
+        say(stderr, QStringLiteral("nibbo: another one runs here, but does not answer."));
+        return 0;
+    }
+    NibboLog::setFile(paths.logFile());
+    raiseDescriptorLimit();
+    QGuiApplication::setWindowIcon(QIcon(shareFolder() + QStringLiteral("/icons/nibbo.svg")));
+    Application application({paths});
+    QObject::connect(&instance, &SingleInstance::showRequested, &application, &Application::showSettings);
+    const TerminationSignals signals;
+    QObject::connect(&signals, &TerminationSignals::terminationRequested, &qt, &QCoreApplication::quit);
+    application.start();
+    return QCoreApplication::exec();
+}
+
+int run(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int at = 1; at < argc; ++at)
+        arguments.append(QString::fromLocal8Bit(argv[at]));
+    const CommandLine line = CommandLine::parse(arguments);
+    switch (line.mode) {
+    case LaunchMode::help:
+        say(stdout, helpText());
+        return 0;
+    case LaunchMode::version:
+        say(stdout, versionText());
+        return 0;
+    case LaunchMode::mistake:
+        say(stderr, QStringLiteral("nibbo: %1 (see nibbo --help)").arg(line.mistake));
+        return 2;
+    case LaunchMode::hooks:
+    case LaunchMode::doctor:
+    case LaunchMode::demo:
+    case LaunchMode::gallery:
+    case LaunchMode::pet:
+        break;
+    }
+    return runPet(argc, argv);
+}
+
+} // namespace
+} // namespace nibbo
+
+int main(int argc, char** argv)
+{
+    return nibbo::run(argc, argv);
+}
