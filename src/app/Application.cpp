@@ -24,7 +24,6 @@
 #include "settings/SecretStore.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
 #include <QMenu>
 
 #include <utility>
@@ -52,9 +51,7 @@ Application::Application(Options options)
     if (isReal()) {
         m_notifier = std::make_unique<DBusNotifier>();
         m_secrets = std::make_unique<KeyringSecretStore>();
-        m_loginItem = std::make_unique<AutostartLoginItem>(
-            QFileInfo(m_options.paths.preferencesFile()).dir().absoluteFilePath(QStringLiteral("..")),
-            programFile());
+        m_loginItem = std::make_unique<AutostartLoginItem>(m_options.paths.configHome(), programFile());
     } else {
         m_notifier = std::make_unique<NullNotifier>();
         m_secrets = std::make_unique<NullSecretStore>();

@@ -16,6 +16,7 @@ public:
     static AppPaths ofThisUser();
 
     const QString& home() const { return m_home; }
+    const QString& configHome() const { return m_configHome; }
     QString applicationSupport() const;
     QString logsDirectory() const;
     QString customPetsDirectory() const;

@@ -249,9 +249,9 @@ std::vector<PetPack> PackLibrary::packs() const
     return all;
 }
 
-QString PackLibrary::folderOf(const QString& key) const
+QString PackLibrary::resolve(const QString& key, const QString& bundledPets)
 {
-    return key.startsWith(bundledPrefix) ? m_bundledPets + QLatin1Char('/') + key.mid(bundledPrefix.size())
+    return key.startsWith(bundledPrefix) ? bundledPets + QLatin1Char('/') + key.mid(bundledPrefix.size())
                                          : key;
 }
 

@@ -38,7 +38,8 @@ public:
 
     std::vector<PetPack> packs() const;
     /// The folder that a kept key means.
-    QString folderOf(const QString& key) const;
+    QString folderOf(const QString& key) const { return resolve(key, m_bundledPets); }
+    static QString resolve(const QString& key, const QString& bundledPets);
 
     /// From a ZIP file or a folder, in our own form or as a sprite sheet.
     Result<PetPack> import(const QString& source) const;

@@ -1,4 +1,5 @@
 #include "pet/view/pictures/PetPictures.h"
+#include "pet/packs/PackLibrary.h"
 
 #include "base/NibboLog.h"
 #include "settings/Settings.h"
@@ -150,7 +151,10 @@ void PetPictures::setLook(const PetLook& look)
     m_clips.clear();
     m_complaints.clear();
     m_official = std::make_unique<Folder>(m_officialPath, look.themeColor);
-    m_pack = look.packFolder ? std::make_unique<Folder>(*look.packFolder, look.themeColor) : nullptr;
+    m_pack = look.packFolder ? std::make_unique<Folder>(
+                                   PackLibrary::resolve(*look.packFolder, QFileInfo(m_officialPath).path()),
+                                   look.themeColor)
+                             : nullptr;
 }
 
 void PetPictures::setSize(int side, double devicePixelRatio)
