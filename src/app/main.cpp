@@ -1,6 +1,6 @@
 // Reads the command line, makes what it asks for, and runs it.
 #include "app/Application.h"
-#include "app/CommandLine.h"
+#include "app/LaunchOptions.h"
 #include "app/ShareFolder.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
@@ -85,7 +85,7 @@ int run(int argc, char** argv)
     QStringList arguments;
     for (int at = 1; at < argc; ++at)
         arguments.append(QString::fromLocal8Bit(argv[at]));
-    const CommandLine line = CommandLine::parse(arguments);
+    const LaunchOptions line = LaunchOptions::parse(arguments);
     switch (line.mode) {
     case LaunchMode::help:
         say(stdout, helpText());

@@ -1,4 +1,4 @@
-#include "app/CommandLine.h"
+#include "app/LaunchOptions.h"
 
 #include <algorithm>
 #include <array>
@@ -10,21 +10,21 @@ namespace {
 const std::array<QString, 3> hookFlags{QStringLiteral("--install-hooks"), QStringLiteral("--uninstall-hooks"),
                                        QStringLiteral("--hooks-status")};
 
-CommandLine mistaken(const QString& text)
+LaunchOptions mistaken(const QString& text)
 {
     return {LaunchMode::mistake, QString(), text};
 }
 
 } // namespace
 
-CommandLine CommandLine::parse(const QStringList& arguments)
+LaunchOptions LaunchOptions::parse(const QStringList& arguments)
 {
     // Hook maintenance comes before everything else: scripts call it, and it must never open a window.
     if (std::any_of(hookFlags.begin(), hookFlags.end(),
                     [&arguments](const QString& flag) { return arguments.contains(flag); }))
         return {LaunchMode::hooks, QString(), QString()};
 
-    CommandLine result;
+    LaunchOptions result;
     bool records = false;
     const auto choose = [&result](LaunchMode mode) {
         const bool free = result.mode == LaunchMode::pet;

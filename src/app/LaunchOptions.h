@@ -19,7 +19,7 @@ enum class LaunchMode
 };
 
 /// The command line, read before any application object exists.
-struct CommandLine
+struct LaunchOptions
 {
     LaunchMode mode = LaunchMode::pet;
     /// Where pictures go; for `demo` empty unless it is to be recorded.
@@ -27,10 +27,10 @@ struct CommandLine
     /// What is wrong, for `mistake`.
     QString mistake;
 
-    bool operator==(const CommandLine&) const = default;
+    bool operator==(const LaunchOptions&) const = default;
 
     /// `arguments` without the program's name.
-    static CommandLine parse(const QStringList& arguments);
+    static LaunchOptions parse(const QStringList& arguments);
 };
 
 QString helpText();

@@ -1,4 +1,4 @@
-#include "app/CommandLine.h"
+#include "app/LaunchOptions.h"
 #include "app/SingleInstance.h"
 #include "base/AppPaths.h"
 #include "support/Wait.h"
@@ -14,7 +14,7 @@
 namespace nibbo {
 namespace {
 
-TEST(CommandLine, isReadBeforeAnythingStarts)
+TEST(LaunchOptions, isReadBeforeAnythingStarts)
 {
     struct Row
     {
@@ -45,7 +45,8 @@ TEST(CommandLine, isReadBeforeAnythingStarts)
         {s(u"--colour"), LaunchMode::mistake, {}},
     };
     for (const Row& row : rows) {
-        const CommandLine parsed = CommandLine::parse(row.line.split(QLatin1Char(' '), Qt::SkipEmptyParts));
+        const LaunchOptions parsed =
+            LaunchOptions::parse(row.line.split(QLatin1Char(' '), Qt::SkipEmptyParts));
         EXPECT_EQ(parsed.mode, row.mode) << row.line.toStdString();
         if (row.mode == LaunchMode::mistake)
             EXPECT_FALSE(parsed.mistake.isEmpty()) << row.line.toStdString();
