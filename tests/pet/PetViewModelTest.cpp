@@ -229,8 +229,10 @@ TEST_F(PetViewModelTest, WhatNeedsTheUserCutsAReactionShort)
     EXPECT_EQ(pet.state(), PetState::waitingApproval);
     EXPECT_TRUE(pet.bubble() == card(request));
     time.advance(1min);
+    pet.beginDragging();
+    pet.endDragging();
     EXPECT_EQ(pet.state(), PetState::waitingApproval) << "the parked render is older than the card";
-    EXPECT_TRUE(pet.bubbleVisible());
+    EXPECT_TRUE(pet.bubbleVisible() && pet.bubble() == card(request));
 }
 
 TEST_F(PetViewModelTest, ACardComesBackAfterTheReactionOrDragThatSpokeOverIt)
