@@ -188,6 +188,8 @@ bool request(const Call& call, Event& event)
         askInTerminal(call, event, questionIn(inputIn(call)));
         return true;
     }
+    if (tool.shown.empty())
+        return false;
     event.toolName = tool.shown;
     event.command = requestOf(tool, inputIn(call), event.cwd);
     if (call.pruned) {

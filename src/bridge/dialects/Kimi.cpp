@@ -17,6 +17,7 @@ constexpr auto eventRows = std::to_array<EventRow>({
     {"PostToolUseFailure", Meaning::toolFailed},
     {"PermissionRequest", Meaning::terminalPrompt},
     {"PermissionResult", Meaning::promptAnswered},
+    {"Notification", Meaning::notification}, // about background work only
     {"PreCompact", Meaning::compacting},
     {"PostCompact", Meaning::compacted},
     {"Stop", Meaning::turnFinished},
