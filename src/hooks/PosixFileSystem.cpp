@@ -172,7 +172,7 @@ Result<void> PosixFileSystem::makeDirectory(const QString& path)
         return {};
     const QString parent = path.left(path.lastIndexOf(QLatin1Char('/')));
     if (!parent.isEmpty() && parent != path) {
-        if (Result<void> made = makeDirectory(parent); !made)
+        if (Result<void> made = PosixFileSystem::makeDirectory(parent); !made)
             return made;
     }
     if (::mkdir(QFile::encodeName(path).constData(), 0755) == 0)
@@ -186,7 +186,7 @@ Result<void> PosixFileSystem::makeDirectory(const QString& path)
 
 Result<void> PosixFileSystem::create(const QString& path, const QByteArray& content, mode_t mode)
 {
-    if (Result<void> gone = remove(path); !gone)
+    if (Result<void> gone = PosixFileSystem::remove(path); !gone)
         return gone;
     const Descriptor file = opened(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
     if (!file)

@@ -5,7 +5,7 @@
 namespace nibbo {
 
 /// The files of this machine.
-class PosixFileSystem final : public FileSystem
+class PosixFileSystem : public FileSystem
 {
 public:
     std::optional<FileFacts> facts(const QString& path) const override;

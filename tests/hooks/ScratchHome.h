@@ -28,7 +28,8 @@ class ScratchHome final
 {
 public:
     explicit ScratchHome(const QString& name = QStringLiteral("home"))
-        : home(m_folder.filePath(name))
+        : m_folder(scratchFolder() + QStringLiteral("/nibbo-home-XXXXXX"))
+        , home(m_folder.filePath(name))
     {
         EXPECT_TRUE(m_folder.isValid());
         EXPECT_TRUE(QDir().mkpath(home));
@@ -95,6 +96,13 @@ public:
     }
 
 private:
+    /// In memory where the system has such a place: everything here is written through to the disk.
+    static QString scratchFolder()
+    {
+        const QFileInfo memory(QStringLiteral("/dev/shm"));
+        return memory.isWritable() ? memory.filePath() : QDir::tempPath();
+    }
+
     QTemporaryDir m_folder;
 
 public:
