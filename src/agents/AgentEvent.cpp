@@ -1,7 +1,7 @@
 #include "agents/AgentEvent.h"
 
 #include <QJsonDocument>
-#include <QStringDecoder>
+#include <QUtf8StringView>
 
 #include <array>
 #include <cmath>
@@ -128,9 +128,7 @@ Result<AgentEvent> AgentEvent::fromJson(const QJsonObject& object)
 Result<IncomingEvent> IncomingEvent::decode(const QByteArray& line)
 {
     // Qt's parser is lenient about some broken sequences; the wire is not.
-    QStringDecoder utf8(QStringDecoder::Utf8);
-    [[maybe_unused]] const QString decoded = utf8(line);
-    if (utf8.hasError())
+    if (!QUtf8StringView(line).isValidUtf8())
         return Failure{QStringLiteral("the line is not UTF-8")};
     const QJsonDocument document = QJsonDocument::fromJson(line);
     if (!document.isObject())

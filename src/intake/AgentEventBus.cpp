@@ -68,7 +68,10 @@ AgentEventBus::~AgentEventBus()
 void AgentEventBus::start()
 {
     assertMainThread();
-    m_detector.onChange = [this](const AgentEvent& event) { forwardToPet(event); };
+    m_detector.onChange = [this](const AgentEvent& event) {
+        forwardToPet(event);
+        wakePet();
+    };
     m_detector.onStatus = [this](const AgentProvider& provider, AgentStatus status) {
         QMetaObject::invokeMethod(
             this, [this, id = provider.rawValue(), status] { Q_EMIT statusDetected(id, status); },
@@ -76,8 +79,9 @@ void AgentEventBus::start()
     };
     m_detector.start(detectionInterval);
     m_socketServer.onEvent = [this](const AgentEvent& event, const LocalSocketServer::Responder& respond) {
-        publish(event, respond);
+        take(event, respond);
     };
+    m_socketServer.onQuiet = [this] { settle(); };
     m_socketServer.start();
 }
 
@@ -92,8 +96,14 @@ void AgentEventBus::stop()
 
 void AgentEventBus::publish(const AgentEvent& event, const LocalSocketServer::Responder& onApproval)
 {
+    take(event, onApproval);
+    settle();
+}
+
+void AgentEventBus::take(const AgentEvent& event, const LocalSocketServer::Responder& onApproval)
+{
     const std::shared_ptr<const Settings> settings = m_settings();
-    writeLog(event, effectiveLanguage(settings->language, m_systemLanguage));
+    noteForLog(event, effectiveLanguage(settings->language, m_systemLanguage));
     if (event.type != AgentEventType::approvalRequired)
         return forwardToPet(event);
     const QString command = event.command.value_or(event.message);
@@ -146,25 +156,48 @@ int AgentEventBus::waitingApprovals() const
     return static_cast<int>(m_approvalResponders.size());
 }
 
-void AgentEventBus::forwardToPet(const AgentEvent& event)
+void AgentEventBus::settle()
 {
-    QMetaObject::invokeMethod(
-        this,
-        [this, event] {
-            m_lastEvent = event;
-            Q_EMIT eventDelivered(event);
-        },
-        Qt::QueuedConnection);
+    if (!m_logLines.isEmpty())
+        appendToPrivateFile(m_logFile, std::exchange(m_logLines, {}));
+    wakePet();
 }
 
-void AgentEventBus::writeLog(const AgentEvent& event, AppLanguage language) const
+void AgentEventBus::forwardToPet(const AgentEvent& event)
 {
-    const QString date =
-        m_clock.wallNow().toUTC().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + QStringLiteral(" +0000");
-    const QString line = onOneLine(QStringLiteral("[") + date + QStringLiteral("] ") +
-                                   event.provider.displayName() + QLatin1Char(' ') + rawValue(event.type) +
-                                   QStringLiteral(": ") + AgentActivity::phrase(event, language));
-    appendToPrivateFile(m_logFile, line.toUtf8() + '\n');
+    const std::lock_guard lock(m_forwardedLock);
+    m_forwarded.push_back(event);
+}
+
+void AgentEventBus::wakePet()
+{
+    QMetaObject::invokeMethod(this, &AgentEventBus::deliver, Qt::QueuedConnection);
+}
+
+void AgentEventBus::deliver()
+{
+    std::vector<AgentEvent> events;
+    {
+        const std::lock_guard lock(m_forwardedLock);
+        events.swap(m_forwarded);
+    }
+    for (const AgentEvent& event : events) {
+        m_lastEvent = event;
+        Q_EMIT eventDelivered(event);
+    }
+}
+
+void AgentEventBus::noteForLog(const AgentEvent& event, AppLanguage language)
+{
+    const QDateTime now = m_clock.wallNow();
+    if (const qint64 second = now.toSecsSinceEpoch(); second != m_logSecond) {
+        m_logSecond = second;
+        m_logDate = now.toUTC().toString(QStringLiteral("[yyyy-MM-dd HH:mm:ss +0000] "));
+    }
+    const QString line =
+        onOneLine(m_logDate + event.provider.displayName() + QLatin1Char(' ') + rawValue(event.type) +
+                  QStringLiteral(": ") + AgentActivity::phrase(event, language));
+    m_logLines += line.toUtf8() + '\n';
 }
 
 } // namespace nibbo

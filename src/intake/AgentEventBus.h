@@ -16,6 +16,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <vector>
 
 namespace nibbo {
 
@@ -40,7 +41,8 @@ public:
     /// Ends both threads; whoever waits for a verdict is let go without one.
     void stop();
 
-    /// Takes one event in. On the socket's thread, which alone writes the agent log.
+    /// Takes one event in. On the socket's thread, which alone writes the agent log; in a test without a
+    /// socket on whatever thread stands in for it.
     void publish(const AgentEvent& event, const LocalSocketServer::Responder& onApproval = {});
 
     /// Gives the user's verdict to the request that waits under this id, at most once; an id that waits no
@@ -63,8 +65,12 @@ Q_SIGNALS:
     void statusDetected(const QString& providerId, nibbo::AgentStatus status);
 
 private:
+    void take(const AgentEvent& event, const LocalSocketServer::Responder& onApproval);
+    void settle();
     void forwardToPet(const AgentEvent& event);
-    void writeLog(const AgentEvent& event, AppLanguage language) const;
+    void wakePet();
+    void deliver();
+    void noteForLog(const AgentEvent& event, AppLanguage language);
     LocalSocketServer::Responder takeResponder(const QUuid& eventId);
 
     AppPaths m_paths;
@@ -77,8 +83,18 @@ private:
     LocalSocketServer m_socketServer;
     std::optional<AgentEvent> m_lastEvent;
 
+    // On the socket's thread only: the lines that the log does not hold yet, and the date that the last of
+    // them begins with.
+    QByteArray m_logLines;
+    qint64 m_logSecond = -1;
+    QString m_logDate;
+
     mutable std::mutex m_lock;
     QHash<QUuid, LocalSocketServer::Responder> m_approvalResponders;
+
+    /// On their way to the main thread.
+    std::mutex m_forwardedLock;
+    std::vector<AgentEvent> m_forwarded;
 };
 
 } // namespace nibbo

@@ -32,6 +32,9 @@ constexpr std::size_t acceptedLimit = 256;
 /// How long a failing accept is left alone, in milliseconds.
 constexpr int acceptPause = 100;
 constexpr rlim_t descriptorsWanted = 8192;
+/// How long a moment without events is, in milliseconds, and how long a stream of them is let run.
+constexpr int quiet = 2;
+constexpr std::chrono::milliseconds longestStream{10};
 
 constexpr std::string_view accepted = "{\"ok\":true}\n";
 constexpr std::string_view refused = "{\"ok\":false}\n";
@@ -213,7 +216,6 @@ void LocalSocketServer::run()
     const auto bound = fileAt(path);
     m_running = true;
     while (!m_stopping) {
-        acceptPending();
         if (m_accepted.empty()) {
             waitForInput(-1);
             continue;
@@ -221,7 +223,12 @@ void LocalSocketServer::run()
         FileDescriptor connection = std::move(m_accepted.front());
         m_accepted.pop_front();
         serveLine(std::move(connection));
+        if (!m_accepted.empty())
+            acceptPending();
+        if (m_settleBy && std::chrono::steady_clock::now() >= *m_settleBy)
+            settle();
     }
+    settle();
     m_running = false;
     m_accepted.clear();
     m_listening.reset();
@@ -297,9 +304,14 @@ bool LocalSocketServer::waitForInput(int connection)
                                   {m_waiting->hangups(), POLLIN, 0},
                                   {takesMore ? m_listening.get() : -1, POLLIN, 0},
                                   {connection, POLLIN, 0}}};
-    const int ready = ::poll(polled.data(), polled.size(), m_acceptPaused ? acceptPause : -1);
+    const int timeout = m_settleBy ? quiet : m_acceptPaused ? acceptPause : -1;
+    const int ready = ::poll(polled.data(), polled.size(), timeout);
     if (m_stopping)
         return false;
+    if (ready == 0 && m_settleBy) {
+        settle();
+        return true;
+    }
     if (ready == 0 || polled[1].revents != 0)
         m_acceptPaused = false;
     if (polled[1].revents != 0)
@@ -307,6 +319,13 @@ bool LocalSocketServer::waitForInput(int connection)
     if (polled[2].revents != 0)
         acceptPending();
     return true;
+}
+
+void LocalSocketServer::settle()
+{
+    if (m_settleBy && onQuiet)
+        onQuiet();
+    m_settleBy.reset();
 }
 
 /// Reads up to the line feed, the end of the stream, an error or the limit, and gives the line's length in
@@ -345,6 +364,8 @@ void LocalSocketServer::serveLine(FileDescriptor connection)
     if (!incoming)
         return reply(connection.get(), refused);
     const AgentEvent event = incoming->toAgentEvent();
+    if (!m_settleBy)
+        m_settleBy = std::chrono::steady_clock::now() + longestStream;
     if (event.type == AgentEventType::approvalRequired) {
         const auto verdict =
             std::make_shared<const Verdict>(m_waiting, m_waiting->add(std::move(connection)));

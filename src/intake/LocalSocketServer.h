@@ -8,6 +8,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -48,6 +49,10 @@ public:
     /// The one consumer, called on the server's thread. Set it before `start`. The responder of an event that
     /// waits for nothing does nothing.
     Handler onEvent;
+    /// Called on the server's thread after events once nothing has come for a moment, and every few
+    /// milliseconds as long as they keep coming: the place for what can be done for many events at once. Set
+    /// it before `start`.
+    std::function<void()> onQuiet;
 
     /// Binds and listens on the server's thread and returns at once. Once in the server's life.
     void start();
@@ -68,6 +73,7 @@ private:
     void serveLine(FileDescriptor connection);
     std::optional<std::size_t> readLine(int connection);
     bool waitForInput(int connection);
+    void settle();
     bool isOurOwn(int connection) const;
 
     AppPaths m_paths;
@@ -83,6 +89,8 @@ private:
     /// Taken off the system's short queue at once, so that a burst never fills it, and served in turn.
     std::deque<FileDescriptor> m_accepted;
     bool m_acceptPaused = false;
+    /// When `onQuiet` is due at the latest; nothing while there is nothing to call it for.
+    std::optional<std::chrono::steady_clock::time_point> m_settleBy;
     std::array<char, lineLimit> m_line{};
 };
 
