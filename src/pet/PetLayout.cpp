@@ -11,8 +11,17 @@ namespace {
 constexpr int ordinarySide = 150;
 constexpr int panelWidth = int(PetMotion::panelWidth);
 constexpr int panelHeight = int(PetMotion::panelHeight);
-/// The tail dips into the empty corner above the ears.
-constexpr int bubbleGap = 2;
+/// How deep the tail reaches into the square, as a share of its side.
+constexpr double tailDip = 0.08;
+constexpr int gapBelow = 2;
+
+/// A bubble that is wider than the screen keeps its beginning in sight, one that is higher its buttons.
+QRect keptInside(QRect place, const QRect& area)
+{
+    place.moveLeft(std::max(area.left(), std::min(place.left(), area.right() + 1 - place.width())));
+    place.moveTop(std::min(std::max(place.top(), area.top()), area.bottom() + 1 - place.height()));
+    return place;
+}
 
 } // namespace
 
@@ -23,34 +32,35 @@ int petSide(double sizeScale)
     return int(std::lround(std::clamp(sizeScale, 0.5, 2.0) * ordinarySide));
 }
 
+QMargins spriteMargins(int side)
+{
+    const int around = side * 3 / 10;
+    return {around, around, around, 0};
+}
+
 PetLayout layOutPet(QPoint panel, int side, QSize bubble, std::optional<QRect> freeArea)
 {
     const QRect pet(panel.x() + (panelWidth - side) / 2, panel.y() + panelHeight - side, side, side);
     const int middle = pet.x() + side / 2;
+    const QRect sprite = pet.marginsAdded(spriteMargins(side));
     PetLayout layout;
-    QRect window(panel, QSize(panelWidth, panelHeight));
-    window |= pet;
-    QRect bubbleRect;
+    QRect window = QRect(panel, QSize(panelWidth, panelHeight)) | sprite;
     if (!bubble.isEmpty()) {
-        bubbleRect =
-            QRect(QPoint(middle - bubble.width() / 2, pet.top() - bubbleGap - bubble.height()), bubble);
+        const int foot = pet.top() + int(side * tailDip);
+        QRect place(QPoint(middle - bubble.width() / 2, foot - bubble.height()), bubble);
         if (freeArea) {
-            const int above = pet.top() - freeArea->top();
-            const int below = freeArea->bottom() - pet.bottom();
-            const int needed = bubble.height() + bubbleGap;
-            layout.bubbleBelow = above < needed && below > above;
+            const int below = freeArea->bottom() - pet.bottom() - gapBelow;
+            layout.bubbleBelow = place.top() < freeArea->top() && below > foot - freeArea->top();
             if (layout.bubbleBelow)
-                bubbleRect.moveTop(pet.bottom() + 1 + bubbleGap);
-            // A bubble that is wider than the screen keeps its beginning in sight.
-            bubbleRect.moveLeft(std::max(
-                freeArea->left(), std::min(bubbleRect.left(), freeArea->right() + 1 - bubbleRect.width())));
+                place.moveTop(pet.bottom() + 1 + gapBelow);
+            place = keptInside(place, *freeArea);
         }
+        layout.bubbleOverPet = place.intersects(pet.adjusted(0, foot - pet.top(), 0, 0));
         if (layout.bubbleBelow)
-            window.moveTop(pet.top());
-        window |= bubbleRect;
-        window |= pet;
-        layout.tip = std::clamp(middle - bubbleRect.left(), 0, bubbleRect.width());
-        layout.bubble = bubbleRect.translated(-window.topLeft());
+            window.moveTop(sprite.top());
+        window |= place | sprite;
+        layout.tip = std::clamp(middle - place.left(), 0, place.width());
+        layout.bubble = place.translated(-window.topLeft());
     }
     layout.window = window;
     layout.pet = pet.translated(-window.topLeft());

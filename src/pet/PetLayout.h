@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMargins>
 #include <QPoint>
 #include <QRect>
 #include <QSize>
@@ -20,6 +21,8 @@ struct PetLayout
     QRect bubble;
     /// The bubble hangs below the pet because above it there is no room.
     bool bubbleBelow = false;
+    /// There is no room for both, and the bubble covers part of the pet.
+    bool bubbleOverPet = false;
     /// How far from the bubble's left edge the pet's middle is.
     int tip = 0;
 
@@ -29,12 +32,17 @@ struct PetLayout
 /// The side of the pet's square for a size factor, which may be any number at all: 75 to 300.
 int petSide(double sizeScale);
 
+/// The room around the pet's square that hops, ears and props may use.
+QMargins spriteMargins(int side);
+
 /// 1. The panel is 280 x 360 with the pet's square in the middle of its lower edge. The window is the panel,
 /// but
 ///    larger where a big pet or a long card needs it, with the pet kept in place.
-/// 2. The bubble stands on the pet. It is moved sideways as far as it must to stay on the free part of the
-/// screen,
-///    and below the pet when it does not fit above, or where more of it fits.
+/// 2. The bubble's tail reaches a little into the square's upper edge, which is empty but for the tips of the
+/// ears.
+///    The bubble is moved sideways as far as it must to stay on the free part of the screen, and hangs below
+///    the pet when it does not fit above and there is more room there. Where it fits nowhere it covers the
+///    pet.
 /// 3. The window is then laid around both; only it changes, the pet never moves on the screen.
 PetLayout layOutPet(QPoint panel, int side, QSize bubble, std::optional<QRect> freeArea);
 

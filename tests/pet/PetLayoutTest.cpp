@@ -68,9 +68,10 @@ TEST(PetLayout, theBubbleStaysOnTheScreenAndThePetWhereItIs)
         EXPECT_EQ(pet.left() + row.side / 2, row.panel.x() + 140 - row.side % 2);
         EXPECT_EQ(bubble.size(), row.bubble);
         EXPECT_TRUE(freeArea.contains(bubble));
-        EXPECT_FALSE(bubble.intersects(pet));
+        EXPECT_FALSE(bubble.intersects(pet.adjusted(0, row.side / 10, 0, 0))) << "only the tail reaches in";
+        EXPECT_FALSE(layout.bubbleOverPet);
         EXPECT_TRUE(layout.window.contains(bubble));
-        EXPECT_TRUE(layout.window.contains(pet));
+        EXPECT_TRUE(layout.window.contains(pet.marginsAdded(spriteMargins(row.side))));
         EXPECT_EQ(layout.bubbleBelow, row.below);
         EXPECT_EQ(bubble.top() > pet.bottom(), row.below);
         EXPECT_EQ(bubble.left() + layout.tip, pet.left() + row.side / 2);
@@ -78,12 +79,16 @@ TEST(PetLayout, theBubbleStaysOnTheScreenAndThePetWhereItIs)
     }
 }
 
-TEST(PetLayout, aBubbleThatFitsNowhereIsWhereThereIsMoreRoom)
+TEST(PetLayout, aBubbleThatFitsNowhereCoversThePetRatherThanLeaveTheScreen)
 {
     const QRect low(0, 0, 200, 300);
-    const PetLayout layout = layOutPet({-40, -60}, 150, {280, 290}, low);
-    EXPECT_FALSE(layout.bubbleBelow);
-    EXPECT_EQ(onScreen(layout, layout.bubble).left(), 0) << "its beginning can be read";
+    const PetLayout card = layOutPet({-40, -60}, 150, {190, 280}, low);
+    EXPECT_TRUE(card.bubbleOverPet);
+    EXPECT_TRUE(low.contains(onScreen(card, card.bubble)));
+
+    const PetLayout huge = layOutPet({-40, -60}, 150, {400, 500}, low);
+    EXPECT_EQ(onScreen(huge, huge.bubble).left(), 0) << "its beginning can be read";
+    EXPECT_EQ(onScreen(huge, huge.bubble).bottom(), 299) << "its buttons can be reached";
 }
 
 } // namespace

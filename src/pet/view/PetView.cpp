@@ -1,5 +1,6 @@
 #include "pet/view/PetView.h"
 
+#include "pet/PetLayout.h"
 #include "pet/PetViewModel.h"
 
 #include <QEvent>
@@ -41,12 +42,6 @@ PetView::PetView(PetViewModel& model, PetPictures& pictures, const Clock& clock,
     connect(&model, &PetViewModel::stateChanged, this, &PetView::onStateChanged);
     connect(&model, &PetViewModel::facingChanged, this, &PetView::refresh);
     connect(&model, &PetViewModel::bumpChanged, this, &PetView::onBump);
-}
-
-QMargins PetView::margins(int side)
-{
-    const int around = side * 3 / 10;
-    return {around, around, around, 0};
 }
 
 void PetView::setSide(int side)
@@ -212,7 +207,7 @@ void PetView::refresh()
 QTransform PetView::transformOf(const Picture& picture, const Sight& sight) const
 {
     const double points = m_side / 150.0;
-    const QMargins around = margins(m_side);
+    const QMargins around = spriteMargins(m_side);
     const double left = around.left();
     const double top = around.top();
     const QPointF feet(left + m_side / 2.0, top + m_side * 0.93);
@@ -239,7 +234,7 @@ QTransform PetView::transformOf(const Picture& picture, const Sight& sight) cons
 
 QRect PetView::boxOf(const Picture& picture) const
 {
-    const QMargins around = margins(m_side);
+    const QMargins around = spriteMargins(m_side);
     const double width = m_side * PetPictures::widest;
     const QRectF sprite(around.left() + (m_side - width) / 2, around.top(), width, m_side);
     QRectF box = transformOf(picture, picture.sight).mapRect(sprite);
@@ -253,7 +248,7 @@ void PetView::paintSight(QPainter& painter, const Picture& picture, const Sight&
     const QImage image = m_pictures.frame(sight.state, sight.frame);
     if (image.isNull())
         return;
-    const QMargins around = margins(m_side);
+    const QMargins around = spriteMargins(m_side);
     const QSizeF size = image.deviceIndependentSize();
     const QPointF at(around.left() + (m_side - size.width()) / 2, around.top() + m_side - size.height());
     painter.setOpacity(opacity);
@@ -266,14 +261,24 @@ void PetView::paintEvent(QPaintEvent*)
     const Picture& picture = m_shown;
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    if (picture.fading) {
-        painter.save();
-        paintSight(painter, picture, *picture.fading, 1 - picture.faded);
-        painter.restore();
-        // Both shares add up to a pet that is never seen through.
-        painter.setCompositionMode(QPainter::CompositionMode_Plus);
+    if (!picture.fading) {
+        paintSight(painter, picture, picture.sight, 1);
+        return;
     }
-    paintSight(painter, picture, picture.sight, picture.faded);
+    // Both shares have to add up to a pet that is never seen through. Adding saturates before it weighs, so
+    // the second share is weighed on a sheet of its own.
+    QImage sheet(size() * devicePixelRatioF(), QImage::Format_ARGB32_Premultiplied);
+    sheet.setDevicePixelRatio(devicePixelRatioF());
+    sheet.fill(Qt::transparent);
+    QPainter sheetPainter(&sheet);
+    sheetPainter.setRenderHint(QPainter::SmoothPixmapTransform);
+    paintSight(sheetPainter, picture, picture.sight, picture.faded);
+    sheetPainter.end();
+    painter.save();
+    paintSight(painter, picture, *picture.fading, 1 - picture.faded);
+    painter.restore();
+    painter.setCompositionMode(QPainter::CompositionMode_Plus);
+    painter.drawImage(QPoint(0, 0), sheet);
 }
 
 void PetView::showEvent(QShowEvent* event)

@@ -16,7 +16,8 @@ class PetViewModel;
 /// The pet itself: the current frame, moved by its state's motion, mirrored by where it looks, pressed flat
 /// by a bump, and faded over softly from one state to the next. Everything is a function of the elapsed time;
 /// a timer runs only while something changes, at the lowest rate that looks smooth, and only the pet's own
-/// box is painted. Takes no input. Main thread.
+/// box is painted. The widget is the
+/// pet's square and the margins around it. Takes no input. Main thread.
 class PetView final : public QWidget
 {
     Q_OBJECT
@@ -24,9 +25,6 @@ class PetView final : public QWidget
 public:
     /// All references outlive the view.
     PetView(PetViewModel& model, PetPictures& pictures, const Clock& clock, QWidget* parent = nullptr);
-
-    /// The room around the pet's square that hops, ears and props may use.
-    static QMargins margins(int side);
 
     void setSide(int side);
     /// 1 is the ordinary speed; 0 and less stand still.

@@ -398,14 +398,17 @@ void PetWindowController::layOut()
         m_window->setFixedSize(layout.window.size());
     m_layout = layout;
     m_view->setSide(side);
-    m_view->setGeometry(layout.pet.marginsAdded(PetView::margins(side)));
+    m_view->setGeometry(layout.pet.marginsAdded(spriteMargins(side)));
     m_area->setGeometry(layout.pet);
     if (m_bubble) {
         m_bubble->setTail(layout.bubbleBelow ? TailSide::top : TailSide::bottom, layout.tip);
         m_bubble->setGeometry(layout.bubble);
         m_bubble->setVisible(!layout.bubble.isEmpty());
     }
-    m_area->raise();
+    if (m_bubble && layout.bubbleOverPet)
+        m_bubble->raise();
+    else
+        m_area->raise();
     applyInputRegion();
 }
 
