@@ -1,5 +1,7 @@
 #include "bridge/PayloadReader.h"
 
+#include "bridge/Wire.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -66,13 +68,17 @@ bool secondByteFits(char lead, char second)
 
 } // namespace
 
+PayloadReader::PayloadReader(std::size_t maxStringBytes)
+    : m_maxStringBytes(maxStringBytes)
+{}
+
 void PayloadReader::feed(std::string_view bytes)
 {
     std::size_t at = 0;
     while (at < bytes.size() && !m_finished && !m_broken) {
         if (!m_inString) {
             structural(bytes[at++]);
-        } else if (m_skipping || m_stringBytes >= maxStringBytes) {
+        } else if (m_skipping || m_stringBytes >= m_maxStringBytes) {
             at = skipString(bytes, at);
         } else {
             at = feedString(bytes, at);
@@ -97,6 +103,7 @@ void PayloadReader::structural(char byte)
     switch (byte) {
     case '"':
         m_inString = true;
+        m_cut = false;
         m_stringBytes = 0;
         if (!m_skipping)
             emit("\"");
@@ -186,7 +193,7 @@ std::size_t PayloadReader::feedString(std::string_view bytes, std::size_t at)
         // A byte that cannot continue the unit is looked at again as the start of something new.
         return addToUnit(bytes[at]) ? at + 1 : at;
     }
-    const std::size_t room = std::min(bytes.size() - at, maxStringBytes - m_stringBytes);
+    const std::size_t room = std::min(bytes.size() - at, m_maxStringBytes - m_stringBytes);
     std::size_t run = 0;
     while (run < room && isPlain(bytes[at + run]))
         ++run;
@@ -220,6 +227,7 @@ std::size_t PayloadReader::skipString(std::string_view bytes, std::size_t at)
         // The unit was begun while the string was still kept; what is left of an escape is told by its
         // backslash.
         m_escapedByte = m_unit == "\\";
+        m_cut = true;
         m_unit.clear();
     }
     if (m_escapedByte) {
@@ -229,6 +237,7 @@ std::size_t PayloadReader::skipString(std::string_view bytes, std::size_t at)
     const char* begin = bytes.data() + at;
     const std::size_t left = bytes.size() - at;
     const auto* quote = static_cast<const char*>(std::memchr(begin, '"', left));
+    m_cut = m_cut || quote != begin;
     const std::size_t reach = quote ? static_cast<std::size_t>(quote - begin) : left;
     const auto* backslash = static_cast<const char*>(std::memchr(begin, '\\', reach));
     if (backslash) {
@@ -244,8 +253,11 @@ std::size_t PayloadReader::skipString(std::string_view bytes, std::size_t at)
 void PayloadReader::endString()
 {
     m_inString = false;
-    if (!m_skipping)
-        emit("\"");
+    if (m_skipping)
+        return;
+    if (m_cut)
+        emit(cutMark);
+    emit("\"");
 }
 
 bool PayloadReader::addToUnit(char byte)

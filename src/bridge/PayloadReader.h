@@ -3,10 +3,10 @@
 // Reads a hook's payload as it arrives and keeps a bounded picture of it.
 //
 // Agents put whole files and command outputs into their payloads, and text of any origin inside those. The
-// reader therefore condenses the bytes while they stream through: a long string is cut between characters,
-// what is nested too deep becomes null, the end of a very long list is dropped, broken text (bad UTF-8, lone
-// surrogates, raw control characters) is replaced. Only what remains, which is small whatever came in, is
-// handed to the JSON library.
+// reader therefore condenses the bytes while they stream through: a long string is cut between characters
+// and marked, what is nested too deep becomes null, the end of a very long list is dropped, broken text (bad
+// UTF-8, lone surrogates, raw control characters) is replaced. Only what remains, which is small whatever
+// came in, is handed to the JSON library.
 
 #include <array>
 #include <cstddef>
@@ -28,11 +28,16 @@ struct Payload
 class PayloadReader final
 {
 public:
-    // A string this long can never fit the line whole, so whoever sends it on notices that it was cut.
-    static constexpr std::size_t maxStringBytes = 65536;
+    // A string this long can never fit the line whole.
+    static constexpr std::size_t wholeLineBytes = 65536;
+    // Enough for whatever is only shown. Reading a longer text as JSON costs more than passing it.
+    static constexpr std::size_t shownBytes = 8192;
     static constexpr std::size_t maxCondensedBytes = 2U << 20U;
     static constexpr std::size_t maxDepth = 24;
     static constexpr std::size_t maxEntries = 1024;
+
+    // What is beyond `maxStringBytes` of a string is left out.
+    explicit PayloadReader(std::size_t maxStringBytes);
 
     void feed(std::string_view bytes);
     // The object has been closed: there is nothing more to wait for.
@@ -54,6 +59,7 @@ private:
     void emitUnit(std::string_view text, std::size_t decodedBytes);
     void replaceUnit();
 
+    const std::size_t m_maxStringBytes;
     std::string m_condensed;
     std::array<std::size_t, maxDepth + 1> m_entries{};
     std::size_t m_depth = 0;
@@ -62,6 +68,7 @@ private:
     bool m_skipClosesVisibly = false;
     bool m_inString = false;
     bool m_escapedByte = false; // within a string that is not kept: the next byte is part of an escape
+    bool m_cut = false;         // something of the string was left out
     std::size_t m_stringBytes = 0;
     std::string m_unit; // an escape or a multi-byte character that has not arrived whole
     bool m_finished = false;

@@ -1,5 +1,7 @@
 #include "bridge/Tools.h"
 
+#include "bridge/Wire.h"
+
 #include <algorithm>
 #include <array>
 
@@ -222,7 +224,8 @@ std::string requestOf(const Tool& tool, const Json& input, std::string_view cwd)
     case ToolClass::patch:
         if (const std::string patch = textAt(input, "command|patch|input"); !patch.empty()) {
             const std::string files = patchedFiles(patch, cwd.empty() ? "." : cwd);
-            return files.empty() ? bracketed(tool, patch) : files;
+            // Files may be named in what was cut off; then the whole is too long to decide on.
+            return files.empty() || patch.ends_with(cutMark) ? bracketed(tool, patch) : files;
         }
         [[fallthrough]];
     case ToolClass::read:

@@ -56,7 +56,7 @@ std::string wordsIn(std::string_view line)
     // Most lines are tool results; a look at the bytes spares reading them as JSON.
     if (line.find("assistant") == std::string_view::npos && line.find("\"text\"") == std::string_view::npos)
         return {};
-    PayloadReader reader;
+    PayloadReader reader(PayloadReader::shownBytes);
     reader.feed(line);
     const auto payload = reader.take();
     if (!payload || isTrueAt(payload->root, "isSidechain"))

@@ -8,8 +8,6 @@ namespace nibbo::bridge {
 
 namespace {
 
-constexpr std::string_view cutMark = " … [cut]";
-
 // Shares of the line, in escaped bytes. Together they leave the command the greater part.
 constexpr std::size_t shortShare = 256;
 constexpr std::size_t sessionShare = 512;

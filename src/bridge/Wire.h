@@ -50,6 +50,9 @@ enum class Verdict
 // The server collects at most this many bytes of a line, line feed not counted.
 inline constexpr std::size_t maxLineBytes = 65536;
 
+// Ends a text of which the rest was left out.
+inline constexpr std::string_view cutMark = " … [cut]";
+
 struct WireLine
 {
     std::string text; // ends in a line feed

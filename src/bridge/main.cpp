@@ -70,14 +70,14 @@ void printAnswer(const Answers& answers, Verdict verdict)
         writeOut(std::string(answer) + '\n');
 }
 
-// Stdin is read to the end of the payload, however much there is: an agent that finds nobody reading may take
-// it for an error of the hook.
-std::optional<Payload> readPayload(const AgentWatch& watch)
+// What the user is to decide on is wanted whole. Stdin is read to the end of the payload, however much there
+// is: an agent that finds nobody reading may take it for an error of the hook.
+std::optional<Payload> readPayload(const AgentWatch& watch, bool whole)
 {
     constexpr std::size_t chunkBytes = 65536;
     const auto buffer = std::make_unique<char[]>(chunkBytes);
     const auto deadline = Clock::now() + payloadLimit;
-    PayloadReader reader;
+    PayloadReader reader(whole ? PayloadReader::wholeLineBytes : PayloadReader::shownBytes);
     while (!reader.finished()) {
         // Readable at once in nearly every case; the watch is for an agent that never closes the pipe.
         if (watch.waitReadable(STDIN_FILENO, deadline) != WaitResult::readable)
@@ -130,7 +130,7 @@ Verdict deliver(const Dialect& dialect, Event event, const std::string& path, co
 Verdict handleHook(const Dialect& dialect, std::string_view hookEvent)
 {
     const AgentWatch watch;
-    const auto payload = readPayload(watch);
+    const auto payload = readPayload(watch, answers(dialect, hookEvent));
     const char* home = std::getenv("HOME");
     if (!payload || !home || *home == '\0')
         return Verdict::none;

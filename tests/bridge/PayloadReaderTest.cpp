@@ -1,4 +1,5 @@
 #include "bridge/PayloadReader.h"
+#include "bridge/Wire.h"
 
 #include <gtest/gtest.h>
 
@@ -7,14 +8,14 @@ namespace {
 
 std::optional<Payload> readWhole(std::string_view text)
 {
-    PayloadReader reader;
+    PayloadReader reader(PayloadReader::wholeLineBytes);
     reader.feed(text);
     return reader.take();
 }
 
 std::optional<Payload> readInPieces(std::string_view text, std::size_t size)
 {
-    PayloadReader reader;
+    PayloadReader reader(PayloadReader::wholeLineBytes);
     for (std::size_t at = 0; at < text.size(); at += size)
         reader.feed(text.substr(at, size));
     return reader.take();
@@ -72,7 +73,7 @@ TEST(PayloadReader, doesNotDependOnHowTheBytesArrive)
     const std::vector<std::string> texts = {
         R"({"a":"x\ud83d\ude00\ud83d\\","b":[[],{"c":"é€😀\u00e9"}],"d":1})",
         "{\"a\":\"\xC3\xC3\xA9\xF0\x9F\",\"b\":[1,2,3]}",
-        "{\"a\":\"" + std::string(PayloadReader::maxStringBytes + 40, '\\') + "\",\"b\":\"\\\"}\"}",
+        "{\"a\":\"" + std::string(PayloadReader::wholeLineBytes + 40, '\\') + "\",\"b\":\"\\\"}\"}",
         "{\"a\":" + std::string(40, '[') + std::string(40, ']') + ",\"b\":\"c\"}",
     };
     for (const std::string& text : texts) {
@@ -97,10 +98,23 @@ TEST(PayloadReader, cutsALongStringBetweenCharacters)
         const auto payload = readWhole(text);
         ASSERT_TRUE(payload);
         const auto kept = payload->root.at("a").get<std::string>();
-        EXPECT_GE(kept.size(), PayloadReader::maxStringBytes);
-        EXPECT_LT(kept.size(), PayloadReader::maxStringBytes + 4);
+        EXPECT_TRUE(kept.ends_with(cutMark));
+        EXPECT_GE(kept.size() - cutMark.size(), PayloadReader::wholeLineBytes);
+        EXPECT_LT(kept.size() - cutMark.size(), PayloadReader::wholeLineBytes + 4);
         EXPECT_NO_THROW(static_cast<void>(payload->root.dump())); // throws on a broken character
         EXPECT_EQ(payload->root.at("b"), "after");
+    }
+}
+
+TEST(PayloadReader, marksOnlyWhatItCut)
+{
+    for (const std::size_t size : {9U, 10U, 11U}) {
+        PayloadReader reader(10);
+        reader.feed("{\"a\":\"" + std::string(size, 'x') + "\",\"b\":\"c\"}");
+        const auto payload = reader.take();
+        ASSERT_TRUE(payload);
+        EXPECT_EQ(payload->root.at("a").get<std::string>().ends_with(cutMark), size > 10) << size;
+        EXPECT_EQ(payload->root.at("b"), "c");
     }
 }
 
@@ -134,9 +148,9 @@ TEST(PayloadReader, refusesWhatIsNoObject)
 // A list of long strings, each within its own bounds.
 TEST(PayloadReader, staysInBoundsAsAWhole)
 {
-    PayloadReader reader;
+    PayloadReader reader(PayloadReader::wholeLineBytes);
     reader.feed("{\"a\":[\"\"");
-    const std::string entry = ",\"" + std::string(PayloadReader::maxStringBytes, 'x') + '"';
+    const std::string entry = ",\"" + std::string(PayloadReader::wholeLineBytes, 'x') + '"';
     for (int i = 0; i < 200; ++i)
         reader.feed(entry);
     reader.feed("]}");

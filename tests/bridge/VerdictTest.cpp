@@ -137,6 +137,13 @@ TEST(Verdicts, areNotTakenOnWhatCannotBeShownWhole)
          {},
          {},
          {}},
+        {"codex",
+         "PermissionRequest",
+         R"({"tool_name":"apply_patch","tool_input":{"command":"*** Update File: a\n)" + longCommand +
+             R"(\n*** Delete File: b"}})",
+         {},
+         {},
+         {}},
         {"cline", "PreToolUse", manyCommands, {}, {}, {}},
     };
     for (const Row& row : requests) {
