@@ -166,7 +166,10 @@ void ApprovalCard::compose()
     double buttons = -buttonSpacing;
     for (const QRectF& button : arrange(m_metrics.cardWidth, std::nullopt).buttons)
         buttons += button.width() + buttonSpacing;
-    m_cardWidth = std::ceil(std::max(m_metrics.cardWidth, buttons + 2 * padding()));
+    // A name in a small card may want a little more room; an endless one does not get it.
+    const double icon = textHeight(m_metrics.titleFont) + 8;
+    const double titled = std::min(textWidth(m_metrics.titleFont, m_title) + icon, m_metrics.cardWidth * 1.2);
+    m_cardWidth = std::ceil(std::max({m_metrics.cardWidth, buttons + 2 * padding(), titled + 2 * padding()}));
 
     const bool onlyMessage = prompt.command.trimmed().isEmpty();
     const QString& command = onlyMessage ? prompt.message : prompt.command;

@@ -18,14 +18,14 @@ BubbleColours lightColours()
     const QColor danger(0xC7, 0x2B, 0x3A);
     const QColor caution(0x8A, 0x5A, 0x00);
     BubbleColours colours;
-    colours.surface = QColor(0xFF, 0xFF, 0xFF);
-    colours.outline = QColor(0x1B, 0x1E, 0x2B, 30);
-    colours.shadow = QColor(0x1B, 0x1E, 0x2B);
-    colours.text = QColor(0x24, 0x26, 0x30);
-    colours.quietText = QColor(0x66, 0x6B, 0x7C);
-    colours.inset = QColor(0xF4, 0xF5, 0xF8);
-    colours.insetOutline = QColor(0x1B, 0x1E, 0x2B, 18);
-    colours.accent = QColor(0x3E, 0x5B, 0xD8);
+    colours.surface = QColor(0xFF, 0xFE, 0xFC);
+    colours.outline = QColor(0x2E, 0x22, 0x2A, 34);
+    colours.shadow = QColor(0x2E, 0x22, 0x2A);
+    colours.text = QColor(0x2B, 0x26, 0x2F);
+    colours.quietText = QColor(0x6F, 0x68, 0x73);
+    colours.inset = QColor(0xF6, 0xF3, 0xF2);
+    colours.insetOutline = QColor(0x2E, 0x22, 0x2A, 20);
+    colours.accent = QColor(0x66, 0x50, 0xC9);
     colours.accentText = colours.accent;
     colours.onAccent = QColor(0xFF, 0xFF, 0xFF);
     colours.danger = danger;
@@ -33,8 +33,8 @@ BubbleColours lightColours()
     colours.dangerOutline = withAlpha(danger, 90);
     colours.caution = caution;
     colours.cautionFill = QColor(0xFF, 0xE2, 0xA0);
-    colours.control = QColor(0xFA, 0xFA, 0xFC);
-    colours.controlOutline = QColor(0x1B, 0x1E, 0x2B, 46);
+    colours.control = QColor(0xFC, 0xFA, 0xF9);
+    colours.controlOutline = QColor(0x2E, 0x22, 0x2A, 48);
     return colours;
 }
 
@@ -42,22 +42,22 @@ BubbleColours darkColours()
 {
     const QColor danger(0xFF, 0x8A, 0x8F);
     BubbleColours colours;
-    colours.surface = QColor(0x26, 0x28, 0x30);
+    colours.surface = QColor(0x2B, 0x28, 0x30);
     colours.outline = QColor(0xFF, 0xFF, 0xFF, 34);
     colours.shadow = QColor(0x00, 0x00, 0x00);
-    colours.text = QColor(0xEE, 0xEF, 0xF4);
-    colours.quietText = QColor(0xA3, 0xA8, 0xB8);
-    colours.inset = QColor(0x1B, 0x1C, 0x22);
+    colours.text = QColor(0xF2, 0xEE, 0xF2);
+    colours.quietText = QColor(0xB0, 0xA8, 0xB4);
+    colours.inset = QColor(0x1F, 0x1C, 0x23);
     colours.insetOutline = QColor(0xFF, 0xFF, 0xFF, 22);
-    colours.accent = QColor(0x44, 0x66, 0xEA);
-    colours.accentText = QColor(0x93, 0xA9, 0xFF);
+    colours.accent = QColor(0x76, 0x5F, 0xDB);
+    colours.accentText = QColor(0xBB, 0xAE, 0xFF);
     colours.onAccent = QColor(0xFF, 0xFF, 0xFF);
     colours.danger = danger;
     colours.dangerFill = withAlpha(danger, 30);
     colours.dangerOutline = withAlpha(danger, 110);
     colours.caution = QColor(0xFF, 0xD1, 0x7A);
     colours.cautionFill = QColor(0x57, 0x44, 0x17);
-    colours.control = QColor(0x33, 0x36, 0x41);
+    colours.control = QColor(0x3A, 0x36, 0x41);
     colours.controlOutline = QColor(0xFF, 0xFF, 0xFF, 46);
     return colours;
 }
@@ -86,8 +86,8 @@ StyleRow rowOf(BubbleStyle style)
     return {1.05, 14.5, 4, 18.5, 6, 12.0, 14.0};
 }
 
-/// Left to itself, Qt draws Han characters in Japanese shapes where the user's font has none. Named behind that
-/// font these faces give the Chinese ones.
+/// Left to itself, Qt draws Han characters in Japanese shapes where the user's font has none. Named behind
+/// that font these faces give the Chinese ones.
 QFont withHanFaces(QFont font)
 {
     // What a generic name as "Sans Serif" stands for, or the Han faces would count as the first real choice.
