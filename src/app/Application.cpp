@@ -4,6 +4,7 @@
 #include "app/ShareFolder.h"
 #include "app/StatusItem.h"
 #include "base/NibboLog.h"
+#include "hooks/HookGuardian.h"
 #include "hooks/HookInstaller.h"
 #include "hooks/PosixFileSystem.h"
 #include "intake/AgentEventBus.h"
@@ -123,6 +124,8 @@ void Application::start()
         step("hooks");
         makeInstaller().ensureHealthy();
         step("hook guardian");
+        m_guardian = std::make_unique<HookGuardian>([this] { return makeInstaller(); });
+        m_guardian->start();
     }
 
     step("event bus");

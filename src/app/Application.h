@@ -18,6 +18,7 @@ class AgentSessionStore;
 class BubblePresenter;
 class BubbleView;
 class DesktopPreferences;
+class HookGuardian;
 class HookInstaller;
 class LoginItem;
 class NibboNotifications;
@@ -71,6 +72,7 @@ private:
     void connectPet();
     void connectEvents();
     void connectSettings();
+    /// Any thread: what it reads of the settings is their snapshot.
     HookInstaller makeInstaller();
     void detectAgents();
     void showOnboarding();
@@ -86,6 +88,7 @@ private:
 
     std::unique_ptr<ProcessList> m_processes;
     std::unique_ptr<PosixFileSystem> m_files;
+    std::unique_ptr<HookGuardian> m_guardian;
     std::unique_ptr<Notifier> m_notifier;
     std::unique_ptr<NibboNotifications> m_notifications;
     std::unique_ptr<SecretStore> m_secrets;

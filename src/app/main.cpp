@@ -1,16 +1,22 @@
 // Reads the command line, makes what it asks for, and runs it.
 #include "app/Application.h"
+#include "app/Doctor.h"
+#include "app/HookCommands.h"
 #include "app/LaunchOptions.h"
 #include "app/ShareFolder.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
 #include "base/NibboLog.h"
+#include "base/Time.h"
+#include "hooks/PosixFileSystem.h"
+#include "intake/ExecutableFinder.h"
 #include "intake/LocalSocketServer.h"
 
 #include <QApplication>
 #include <QIcon>
 
 #include <cstdio>
+#include <iostream>
 #include <memory>
 
 namespace nibbo {
@@ -80,6 +86,23 @@ int runPet(int& argc, char** argv)
     return QCoreApplication::exec();
 }
 
+/// The hooks' flags and the doctor: no display, no bus, no event loop.
+int runMaintenance(LaunchMode mode, const QStringList& arguments, int& argc, char** argv)
+{
+    const QCoreApplication qt(argc, argv);
+    const AppPaths paths = AppPaths::ofThisUser();
+    NibboLog::setFile(paths.logFile());
+    PosixFileSystem files;
+    const SystemClock clock;
+    const HookEnvironment environment = storedHookEnvironment(paths);
+    if (mode == LaunchMode::doctor) {
+        Doctor(environment, files, clock, ExecutableFinder(paths.home()), {}).print(std::cout);
+        return 0;
+    }
+    HookInstaller installer(environment, files, clock);
+    return runHookCommand(arguments, installer, std::cout).value_or(0);
+}
+
 int run(int argc, char** argv)
 {
     QStringList arguments;
@@ -98,6 +121,7 @@ int run(int argc, char** argv)
         return 2;
     case LaunchMode::hooks:
     case LaunchMode::doctor:
+        return runMaintenance(line.mode, arguments, argc, argv);
     case LaunchMode::demo:
     case LaunchMode::gallery:
     case LaunchMode::pet:
