@@ -1,0 +1,14 @@
+#pragma once
+
+#include "settings/view/SettingsPage.h"
+
+namespace nibbo {
+
+class AppearancePage final : public SettingsPage
+{
+    Q_OBJECT
+public:
+    explicit AppearancePage(const Context& context);
+};
+
+} // namespace nibbo
