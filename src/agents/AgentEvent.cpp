@@ -1,6 +1,7 @@
 #include "agents/AgentEvent.h"
 
 #include <QJsonDocument>
+#include <QRandomGenerator>
 #include <QUtf8StringView>
 
 #include <array>
@@ -85,6 +86,19 @@ std::optional<AgentEventType> agentEventType(const QString& rawValue)
             return type;
     }
     return std::nullopt;
+}
+
+QUuid freshEventId()
+{
+    // Asking the system for every id would cost as much as reading the event.
+    std::array<quint32, 4> bits{};
+    QRandomGenerator::global()->fillRange(bits.data(), static_cast<qsizetype>(bits.size()));
+    const auto byte = [&bits](int shift) { return static_cast<uchar>(bits[3] >> shift); };
+    return QUuid(bits[0], static_cast<ushort>(bits[1] >> 16),
+                 static_cast<ushort>((bits[1] & 0x0FFFU) | 0x4000U),
+                 static_cast<uchar>(((bits[2] >> 8) & 0x3FU) | 0x80U), static_cast<uchar>(bits[2]),
+                 static_cast<uchar>(bits[2] >> 16), static_cast<uchar>(bits[2] >> 24), byte(0), byte(8),
+                 byte(16), byte(24));
 }
 
 QJsonObject AgentEvent::toJson() const

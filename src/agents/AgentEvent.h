@@ -32,11 +32,14 @@ QString rawValue(AgentEventType type);
 /// Exact and case-sensitive; nothing for an unknown text.
 std::optional<AgentEventType> agentEventType(const QString& rawValue);
 
+/// A random id. Nothing that comes from outside names one, so it needs to be unlike every other, not secret.
+QUuid freshEventId();
+
 /// The normalised event that everything behind the socket works with. It carries no time of its own.
 struct AgentEvent
 {
     /// Made fresh for every received line; also the key under which an approval waits.
-    QUuid id = QUuid::createUuid();
+    QUuid id = freshEventId();
     AgentProvider provider{QStringLiteral("claude")};
     AgentEventType type = AgentEventType::thinking;
     QString message;

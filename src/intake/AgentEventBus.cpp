@@ -6,6 +6,7 @@
 #include "base/ThreadCheck.h"
 #include "sessions/AgentActivity.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace nibbo {
@@ -28,15 +29,15 @@ AgentEvent decided(const AgentEvent& request, AgentEventType type, const QString
 }
 
 /// One event is one line: what an agent says must not pass for another entry.
-QString onOneLine(QString line)
+QByteArray onOneLine(QString text)
 {
-    for (QChar& character : line) {
+    const auto breaksLine = [](QChar character) {
         const QChar::Category category = character.category();
-        if (category == QChar::Other_Control || category == QChar::Separator_Line ||
-            category == QChar::Separator_Paragraph)
-            character = QLatin1Char(' ');
-    }
-    return line;
+        return category == QChar::Other_Control || category == QChar::Separator_Line ||
+               category == QChar::Separator_Paragraph;
+    };
+    std::replace_if(text.begin(), text.end(), breaksLine, QLatin1Char(' '));
+    return text.toUtf8();
 }
 
 bool isEnabled(const Settings& settings, const AgentProvider& provider)
@@ -192,12 +193,15 @@ void AgentEventBus::noteForLog(const AgentEvent& event, AppLanguage language)
     const QDateTime now = m_clock.wallNow();
     if (const qint64 second = now.toSecsSinceEpoch(); second != m_logSecond) {
         m_logSecond = second;
-        m_logDate = now.toUTC().toString(QStringLiteral("[yyyy-MM-dd HH:mm:ss +0000] "));
+        m_logDate = now.toUTC().toString(QStringLiteral("[yyyy-MM-dd HH:mm:ss +0000] ")).toLatin1();
     }
-    const QString line =
-        onOneLine(m_logDate + event.provider.displayName() + QLatin1Char(' ') + rawValue(event.type) +
-                  QStringLiteral(": ") + AgentActivity::phrase(event, language));
-    m_logLines += line.toUtf8() + '\n';
+    m_logLines.append(m_logDate);
+    m_logLines.append(onOneLine(event.provider.displayName()));
+    m_logLines.append(' ');
+    m_logLines.append(rawValue(event.type).toLatin1());
+    m_logLines.append(": ");
+    m_logLines.append(onOneLine(AgentActivity::phrase(event, language)));
+    m_logLines.append('\n');
 }
 
 } // namespace nibbo

@@ -8,6 +8,7 @@
 #include "intake/LocalSocketServer.h"
 #include "settings/Settings.h"
 
+#include <QByteArray>
 #include <QHash>
 #include <QObject>
 #include <QUuid>
@@ -87,7 +88,7 @@ private:
     // them begins with.
     QByteArray m_logLines;
     qint64 m_logSecond = -1;
-    QString m_logDate;
+    QByteArray m_logDate;
 
     mutable std::mutex m_lock;
     QHash<QUuid, LocalSocketServer::Responder> m_approvalResponders;

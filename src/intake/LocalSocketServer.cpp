@@ -223,8 +223,8 @@ void LocalSocketServer::run()
         FileDescriptor connection = std::move(m_accepted.front());
         m_accepted.pop_front();
         serveLine(std::move(connection));
-        if (!m_accepted.empty())
-            acceptPending();
+        // Only now, that nobody waits for a reply any more; often the next one is there already.
+        acceptPending(acceptedLimit);
         if (m_settleBy && std::chrono::steady_clock::now() >= *m_settleBy)
             settle();
     }
@@ -266,11 +266,11 @@ bool LocalSocketServer::bindAndListen()
     return true;
 }
 
-/// Takes in whatever waits at the socket. Out of descriptors or of memory, accept is left alone for a while:
-/// the same failure would come back at once, for as long as the client waits.
-void LocalSocketServer::acceptPending()
+/// Takes in what waits at the socket until `limit` are in. Out of descriptors or of memory, accept is left
+/// alone for a while: the same failure would come back at once, for as long as the client waits.
+void LocalSocketServer::acceptPending(std::size_t limit)
 {
-    while (m_accepted.size() < acceptedLimit && !m_acceptPaused) {
+    while (m_accepted.size() < limit && !m_acceptPaused) {
         FileDescriptor connection(::accept4(m_listening.get(), nullptr, nullptr, SOCK_CLOEXEC));
         if (connection.isValid()) {
             if (isOurOwn(connection.get()))
@@ -317,7 +317,7 @@ bool LocalSocketServer::waitForInput(int connection)
     if (polled[1].revents != 0)
         m_waiting->dropHungUp();
     if (polled[2].revents != 0)
-        acceptPending();
+        acceptPending(connection < 0 ? 1 : acceptedLimit);
     return true;
 }
 

@@ -69,7 +69,7 @@ private:
 
     void run();
     bool bindAndListen();
-    void acceptPending();
+    void acceptPending(std::size_t limit);
     void serveLine(FileDescriptor connection);
     std::optional<std::size_t> readLine(int connection);
     bool waitForInput(int connection);

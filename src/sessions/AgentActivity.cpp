@@ -1,5 +1,6 @@
 #include "sessions/AgentActivity.h"
 
+#include <QHash>
 #include <QStringList>
 #include <QTextBoundaryFinder>
 
@@ -77,6 +78,20 @@ const std::vector<ToolGroup>& toolGroups()
     return groups;
 }
 
+/// The group that a name in lower case belongs to, or null.
+const ToolGroup* toolGroup(const QString& name)
+{
+    static const QHash<QString, const ToolGroup*> byName = [] {
+        QHash<QString, const ToolGroup*> result;
+        for (const ToolGroup& group : toolGroups()) {
+            for (const QString& member : group.names)
+                result.insert(member, &group);
+        }
+        return result;
+    }();
+    return byName.value(name, nullptr);
+}
+
 QString worded(const ToolGroup& group, const QString& command, AppLanguage language)
 {
     if (command.isEmpty())
@@ -130,13 +145,8 @@ Phrase AgentActivity::classify(const std::optional<QString>& toolName, const std
                                [[maybe_unused]] const QString& message, AppLanguage language)
 {
     const QString name = toolName.value_or(QString());
-    const QString lowered = name.toLower();
     const QString subject = command.value_or(QString()).trimmed();
-    const auto& groups = toolGroups();
-    const auto group = std::find_if(groups.begin(), groups.end(), [&lowered](const ToolGroup& candidate) {
-        return candidate.names.contains(lowered);
-    });
-    if (group != groups.end())
+    if (const ToolGroup* group = toolGroup(name.toLower()))
         return {group->pose, worded(*group, subject, language)};
     if (!name.isEmpty())
         return {PetState::coding, name};

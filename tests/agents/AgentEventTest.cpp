@@ -1,6 +1,7 @@
 #include "agents/AgentEvent.h"
 
 #include <QJsonDocument>
+#include <QSet>
 
 #include <gtest/gtest.h>
 
@@ -57,6 +58,8 @@ TEST(IncomingEvent, NormalisesWhatIsMissingOrOdd)
         {"{\"type\":\"taskcompleted\"}", "claude", T::thinking, ""},
         {"{\"type\":\"taskCompleted\"}", "claude", T::taskCompleted, ""},
         {"{\"message\":\"\\u4f60 \\ud83d\\ude00\"}", "claude", T::thinking, "你 😀"},
+        // Half of a surrogate pair: a text that somebody cut in the middle of an emoji is still an event.
+        {"{\"type\":\"coding\",\"say\":\"\\ud83d\"}", "claude", T::coding, ""},
         {" \t{\"type\":\"coding\"} \r", "claude", T::coding, ""},
         {"{\"type\":\"coding\",\"type\":\"responding\"}", "claude", T::responding, ""},
     };
@@ -151,8 +154,14 @@ TEST(IncomingEvent, RefusesWhatIsNoObjectOfItsShape)
 
 TEST(AgentEvent, GetsAFreshIdForEveryLine)
 {
-    const QByteArray line = "{\"type\":\"coding\"}";
-    EXPECT_NE(eventOf(line).id, eventOf(line).id);
+    QSet<QUuid> ids;
+    for (int count = 0; count < 1000; ++count) {
+        const QUuid id = eventOf("{\"type\":\"coding\"}").id;
+        EXPECT_EQ(id.variant(), QUuid::DCE);
+        EXPECT_EQ(id.version(), QUuid::Random);
+        ids.insert(id);
+    }
+    EXPECT_EQ(ids.size(), 1000);
 }
 
 TEST(AgentEvent, ComesBackFromItsJson)
