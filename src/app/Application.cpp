@@ -46,14 +46,15 @@ Application::Application(Options options)
     : m_options(std::move(options))
     , m_defaults(m_options.paths.preferencesFile())
     , m_settings(m_defaults)
-    , m_processes(std::make_unique<LinuxProcessList>())
     , m_files(std::make_unique<PosixFileSystem>())
 {
     if (isReal()) {
+        m_processes = std::make_unique<LinuxProcessList>();
         m_notifier = std::make_unique<DBusNotifier>();
         m_secrets = std::make_unique<KeyringSecretStore>();
         m_loginItem = std::make_unique<AutostartLoginItem>(m_options.paths.configHome(), programFile());
     } else {
+        m_processes = std::make_unique<NullProcessList>();
         m_notifier = std::make_unique<NullNotifier>();
         m_secrets = std::make_unique<NullSecretStore>();
         m_loginItem = std::make_unique<NullLoginItem>();

@@ -6,6 +6,8 @@
 #include "app/ShareFolder.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
+#include "app/demo/DemoPlayer.h"
+#include "app/gallery/Gallery.h"
 #include "base/NibboLog.h"
 #include "base/Time.h"
 #include "hooks/PosixFileSystem.h"
@@ -13,7 +15,10 @@
 #include "intake/LocalSocketServer.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QEvent>
 #include <QIcon>
+#include <QTemporaryDir>
 
 #include <cstdio>
 #include <iostream>
@@ -21,6 +26,22 @@
 
 namespace nibbo {
 namespace {
+
+/// The pet's window refuses to be closed by a window manager, which would stop Qt from quitting as well.
+class NibboApp final : public QApplication
+{
+public:
+    using QApplication::QApplication;
+
+protected:
+    bool event(QEvent* event) override
+    {
+        if (event->type() != QEvent::Quit)
+            return QApplication::event(event);
+        exit(0);
+        return true;
+    }
+};
 
 void say(std::FILE* stream, const QString& text)
 {
@@ -62,7 +83,7 @@ int runPet(int& argc, char** argv)
     }
     choosePlatform();
     nameApplication();
-    QApplication qt(argc, argv);
+    NibboApp qt(argc, argv);
     const AppPaths paths = AppPaths::ofThisUser();
     SingleInstance instance(paths, qEnvironmentVariable("DISPLAY", qEnvironmentVariable("WAYLAND_DISPLAY")));
     switch (instance.claim()) {
@@ -103,6 +124,73 @@ int runMaintenance(LaunchMode mode, const QStringList& arguments, int& argc, cha
     return runHookCommand(arguments, installer, std::cout).value_or(0);
 }
 
+/// Without a display pictures can still be drawn.
+void choosePlatformForPictures()
+{
+    if (hasDisplay())
+        choosePlatform();
+    else if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
+int runDemo(int& argc, char** argv, const QString& pictures)
+{
+    if (pictures.isEmpty() && !hasDisplay() && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        say(stderr, QStringLiteral("nibbo: there is no display to play on; try --demo --record DIR."));
+        return 1;
+    }
+    choosePlatformForPictures();
+    nameApplication();
+    NibboApp qt(argc, argv);
+    const QTemporaryDir home(QDir::tempPath() + QStringLiteral("/nibbo-demo-XXXXXX"));
+    if (!home.isValid()) {
+        say(stderr, QStringLiteral("nibbo: cannot make a folder for the demo: %1").arg(home.errorString()));
+        return 1;
+    }
+    const AppPaths paths(home.path());
+    NibboLog::setFile(paths.logFile());
+    Application application({paths, Surroundings::none});
+    const TerminationSignals signals;
+    QObject::connect(&signals, &TerminationSignals::terminationRequested, &qt, &QCoreApplication::quit);
+    application.start();
+    EventLoopScheduler scheduler;
+    DemoPlayer player(
+        {home.path(), installPrefix() + QStringLiteral("/libexec/nibbo/nibbo-bridge"), pictures},
+        application.pet(), application.petWindow(), scheduler);
+    QObject::connect(&player, &DemoPlayer::captioned, &qt, [](int second, const QString& caption) {
+        say(stdout, QStringLiteral("%1 s  %2").arg(second, 4).arg(caption));
+    });
+    int status = 0;
+    QObject::connect(&player, &DemoPlayer::finished, &qt, [&status](const QString& error) {
+        if (!error.isEmpty()) {
+            say(stderr, QStringLiteral("nibbo: %1").arg(error));
+            status = 1;
+        }
+        QCoreApplication::quit();
+    });
+    player.play();
+    QCoreApplication::exec();
+    if (status == 0 && !pictures.isEmpty())
+        say(stdout, QStringLiteral("nibbo: the pictures are in %1").arg(pictures));
+    return status;
+}
+
+int runGallery(int& argc, char** argv, const QString& folder)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    nameApplication();
+    const QApplication qt(argc, argv);
+    const Result<QStringList> written = writeGallery(folder, shareFolder() + QStringLiteral("/pets/nibbo"));
+    if (!written) {
+        say(stderr, QStringLiteral("nibbo: %1").arg(written.error()));
+        return 1;
+    }
+    for (const QString& file : *written)
+        say(stdout, file);
+    return 0;
+}
+
 int run(int argc, char** argv)
 {
     QStringList arguments;
@@ -119,11 +207,13 @@ int run(int argc, char** argv)
     case LaunchMode::mistake:
         say(stderr, QStringLiteral("nibbo: %1 (see nibbo --help)").arg(line.mistake));
         return 2;
+    case LaunchMode::demo:
+        return runDemo(argc, argv, line.folder);
+    case LaunchMode::gallery:
+        return runGallery(argc, argv, line.folder);
     case LaunchMode::hooks:
     case LaunchMode::doctor:
         return runMaintenance(line.mode, arguments, argc, argv);
-    case LaunchMode::demo:
-    case LaunchMode::gallery:
     case LaunchMode::pet:
         break;
     }
