@@ -1,5 +1,7 @@
 #include "app/Application.h"
 
+#include "agents/ProviderRegistry.h"
+#include "app/Doctor.h"
 #include "app/NibboNotifications.h"
 #include "app/ShareFolder.h"
 #include "app/StatusItem.h"
@@ -23,10 +25,14 @@
 #include "sessions/AgentSessionStore.h"
 #include "sessions/SmartSummarizer.h"
 #include "settings/SecretStore.h"
+#include "settings/view/SettingsServices.h"
+#include "settings/view/SettingsWindow.h"
 
 #include <QCoreApplication>
 #include <QMenu>
+#include <QThreadPool>
 
+#include <sstream>
 #include <utility>
 
 namespace nibbo {
@@ -88,6 +94,7 @@ Application::~Application()
 {
     // Nobody may answer into what is being taken down; who waits for a verdict asks the user by itself.
     m_statusItem.reset();
+    QThreadPool::globalInstance()->waitForDone();
     m_bus->stop();
 }
 
@@ -115,6 +122,7 @@ void Application::start()
 
     step("settings window");
     connectSettings();
+    m_settingsWindow = std::make_unique<SettingsWindowController>(services());
 
     step("menu");
     m_menu->setOpenSettingsHandler([this] { showSettings(); });
@@ -209,7 +217,45 @@ void Application::detectAgents()
         m_settings.setStatus(provider.rawValue(), status);
 }
 
-void Application::showSettings() {}
+SettingsServices Application::services()
+{
+    return {m_settings,
+            *m_sessions,
+            *m_packs,
+            *m_summarizer,
+            *m_secrets,
+            m_options.paths,
+            [this] { return makeInstaller(); },
+            [this] { detectAgents(); },
+            [this](std::function<void(const QString&)> answer) { runDoctor(std::move(answer)); },
+            [this] { showOnboarding(); },
+            [this](const QString& providerId) {
+                const ProviderSpec* const spec = ProviderRegistry::spec(providerId);
+                return spec != nullptr ? lastEvents(m_options.paths.agentLogFile()).value(spec->title)
+                                       : QString();
+            }};
+}
+
+void Application::runDoctor(std::function<void(const QString& report)> answer)
+{
+    // It starts programs and waits for them, so it runs aside; an application that ends meanwhile is not
+    // told.
+    const HookEnvironment environment{m_options.paths, installPrefix(), LauncherPlatform::linuxDesktop,
+                                      m_settings.snapshot()->enabled};
+    QThreadPool::globalInstance()->start([this, environment, answer = std::move(answer)] {
+        std::ostringstream report;
+        Doctor(environment, *m_files, m_clock, ExecutableFinder(m_options.paths.home()), {}).print(report);
+        QMetaObject::invokeMethod(
+            this, [answer, text = QString::fromStdString(report.str())] { answer(text); },
+            Qt::QueuedConnection);
+    });
+}
+
+void Application::showSettings()
+{
+    if (m_settingsWindow)
+        m_settingsWindow->show();
+}
 
 void Application::showOnboarding() {}
 

@@ -30,7 +30,9 @@ class PetWindowController;
 class PosixFileSystem;
 class ProcessList;
 class SecretStore;
+class SettingsWindowController;
 class SmartSummarizer;
+struct SettingsServices;
 class StatusItem;
 
 /// What of the user's surroundings a run may touch.
@@ -74,6 +76,8 @@ private:
     void connectSettings();
     /// Any thread: what it reads of the settings is their snapshot.
     HookInstaller makeInstaller();
+    SettingsServices services();
+    void runDoctor(std::function<void(const QString& report)> answer);
     void detectAgents();
     void showOnboarding();
     void showPetMenu(const QPoint& where);
@@ -103,6 +107,7 @@ private:
     std::unique_ptr<PetWindowController> m_window;
     BubbleView* m_bubble = nullptr;
     std::unique_ptr<BubblePresenter> m_bubblePresenter;
+    std::unique_ptr<SettingsWindowController> m_settingsWindow;
     std::unique_ptr<StatusItem> m_statusItem;
 };
 

@@ -71,7 +71,8 @@ QString tidied(const QByteArray& output)
     return line.trimmed();
 }
 
-/// By provider title, the time of its last line in the agent log.
+} // namespace
+
 QHash<QString, QString> lastEvents(const QString& logFile)
 {
     QHash<QString, QString> result;
@@ -91,8 +92,6 @@ QHash<QString, QString> lastEvents(const QString& logFile)
     }
     return result;
 }
-
-} // namespace
 
 Doctor::Doctor(HookEnvironment environment, FileSystem& files, const Clock& clock, ExecutableFinder finder,
                Limits limits)

@@ -6,6 +6,7 @@
 #include "hooks/HookInstaller.h"
 #include "intake/ExecutableFinder.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -13,6 +14,9 @@
 #include <iosfwd>
 
 namespace nibbo {
+
+/// By provider title, the time of its last line in the agent log.
+QHash<QString, QString> lastEvents(const QString& logFile);
 
 class Doctor final
 {
