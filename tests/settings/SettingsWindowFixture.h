@@ -73,7 +73,8 @@ protected:
         , controller({settings, sessions, packs, summarizer, secrets, paths, [this] { return installer(); },
                       [this] { ++detections; },
                       [](const std::function<void(const QString&)>& answer) { answer(doctorReport()); },
-                      [this] { ++onboardings; }, [](const QString& id) { return lastEvent(id); }})
+                      [this] { ++onboardings; }, [](const QString& id) { return lastEvent(id); },
+                      [this] { return time.wallNow(); }})
     {
         settings.change([](Settings& edited) { edited.language = AppLanguage::en; });
     }

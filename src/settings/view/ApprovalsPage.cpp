@@ -76,7 +76,7 @@ void ApprovalsPage::addModes()
         auto* const radio = new QRadioButton;
         radio->setObjectName(QStringLiteral("approvalMode.") + QString::fromUtf16(each.raw));
         choices->addButton(radio, static_cast<int>(each.value));
-        auto* const line = new SettingRow(radio);
+        auto* const line = new SettingRow(radio, SettingRow::Place::before);
         modes->add(line);
         onLanguage([this, line, mode = each.value] {
             line->setTexts(nibbo::title(mode, language()), detail(mode, language()));

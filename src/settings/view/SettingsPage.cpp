@@ -97,6 +97,23 @@ SettingRow* SettingsPage::row(SettingsGroup& group, QWidget* control, Wording wo
     return made;
 }
 
+void SettingsPage::append(QWidget* widget)
+{
+    m_column->insertWidget(m_column->count() - 1, widget);
+}
+
+void SettingsPage::fill(QWidget* widget)
+{
+    m_column->insertWidget(m_column->count() - 1, widget, 1);
+    m_column->setStretch(m_column->count() - 1, 0);
+}
+
+void SettingsPage::showEvent(QShowEvent* event)
+{
+    QScrollArea::showEvent(event);
+    opened();
+}
+
 TextLabel* SettingsPage::note(TextPair text, TextLabel::Tone tone)
 {
     auto* const label = new TextLabel(tone);

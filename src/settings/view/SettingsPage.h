@@ -66,7 +66,12 @@ protected:
     QPushButton* button(const char* name, TextPair text);
     /// A line of buttons that starts at the left.
     QWidget* buttons(const QList<QWidget*>& row);
-    QVBoxLayout& column() { return *m_column; }
+    /// At the end of the column, in place of a group.
+    void append(QWidget* widget);
+    /// The same, with all the room that is left over.
+    void fill(QWidget* widget);
+    /// Run whenever the page comes into sight.
+    virtual void opened() {}
 
     ToggleSwitch* toggle(SettingsGroup& group, const char* name, Wording wording, bool Settings::*field);
     QSlider* percentage(SettingsGroup& group, const char* name, Wording wording, double Settings::*field,
@@ -79,6 +84,7 @@ protected:
              std::function<void()> yes);
     void tellFailure(const QString& title, const QString& why);
 
+    void showEvent(QShowEvent* event) override;
     void guardWheel(QWidget* control) { control->installEventFilter(&m_context.wheelGuard); }
 
 private:

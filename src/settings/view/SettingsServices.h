@@ -4,6 +4,7 @@
 #include "base/Result.h"
 #include "hooks/HookInstaller.h"
 
+#include <QDateTime>
 #include <QString>
 
 #include <functional>
@@ -35,6 +36,8 @@ struct SettingsServices
     std::function<void()> showOnboarding;
     /// The last event of a provider as the agent log has it; empty when there is none.
     std::function<QString(const QString& providerId)> lastEvent;
+    /// What a calendar shows.
+    std::function<QDateTime()> now = [] { return QDateTime::currentDateTimeUtc(); };
 };
 
 } // namespace nibbo

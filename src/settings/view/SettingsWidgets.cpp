@@ -89,12 +89,12 @@ SettingRow::SettingRow(QWidget* control, Place place, QWidget* parent)
     texts->setSpacing(2);
     texts->addWidget(m_title);
     texts->addWidget(m_detail);
-    if (place == Place::beside) {
+    if (place != Place::below) {
         auto* const line = new QHBoxLayout(this);
         line->setContentsMargins(rowMargin, rowPadding, rowMargin, rowPadding);
-        line->setSpacing(20);
+        line->setSpacing(place == Place::before ? 12 : 20);
         line->addLayout(texts, 1);
-        line->addWidget(control, 0, Qt::AlignVCenter);
+        line->insertWidget(place == Place::before ? 0 : 1, control, 0, Qt::AlignVCenter);
     } else {
         texts->setContentsMargins(rowMargin, rowPadding, rowMargin, rowPadding);
         texts->addSpacing(6);

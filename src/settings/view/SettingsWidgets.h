@@ -40,13 +40,14 @@ public:
     void setTone(Tone tone);
 };
 
-/// Title and detail beside a control. A click anywhere on a switch's row is a click on the switch.
+/// Title and detail beside a control. A click anywhere on the row of a switch or a radio button is one on it.
 class SettingRow final : public QWidget
 {
     Q_OBJECT
 public:
     enum class Place
     {
+        before,
         beside,
         below
     };

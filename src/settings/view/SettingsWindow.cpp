@@ -1,9 +1,11 @@
 #include "settings/view/SettingsWindow.h"
 
+#include "settings/view/AgentsPage.h"
 #include "settings/view/AppearancePage.h"
 #include "settings/view/ApprovalsPage.h"
 #include "settings/view/GeneralPage.h"
 #include "settings/view/NotificationsPage.h"
+#include "settings/view/SessionsPage.h"
 #include "settings/view/Theme.h"
 
 #include <QApplication>
@@ -38,7 +40,9 @@ struct PageRow
 };
 
 constexpr auto pageRows = std::to_array<PageRow>({
+    {SettingsPageId::sessions, "sessions", make<SessionsPage>},
     {SettingsPageId::general, "general", make<GeneralPage>},
+    {SettingsPageId::agents, "agents", make<AgentsPage>},
     {SettingsPageId::approvals, "approvals", make<ApprovalsPage>},
     {SettingsPageId::notifications, "notifications", make<NotificationsPage>},
     {SettingsPageId::appearance, "appearance", make<AppearancePage>},
@@ -110,6 +114,7 @@ public:
         m_sidebar->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         m_sidebar->setSelectionMode(QAbstractItemView::SingleSelection);
         m_sidebar->viewport()->setAutoFillBackground(false);
+        m_sidebar->setContentsMargins(0, 10, 0, 10);
 
         const SettingsPage::Context context{m_services, aside, m_wheelGuard};
         for (const PageRow& row : pageRows) {
@@ -148,7 +153,7 @@ public:
 
         retranslate();
         showPage(SettingsPageId::general);
-        resize(820, 600);
+        resize(800, 580);
         setMinimumSize(660, 420);
         m_sidebar->setFocus();
     }
