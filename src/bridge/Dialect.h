@@ -99,6 +99,8 @@ struct Dialect
     Answers answers = {};
     // Ends a little before the agent kills the hook, so that the agent's own prompt takes over in order.
     std::chrono::seconds patience{0};
+    // The agent's own prompt comes only after the hook: as long as a hook waits, its request is open.
+    bool promptFollowsHook = false;
     // Types of notification that mean "a person is waited for". All others are nothing.
     std::span<const std::string_view> askingNotices = {};
     // Said on the card where the verdict is not the last word.

@@ -10,6 +10,14 @@ namespace nibbo::bridge {
 
 namespace {
 
+#ifdef MSG_NOSIGNAL
+constexpr int sendFlags = MSG_NOSIGNAL;
+#else
+constexpr int sendFlags = 0;
+#endif
+
+} // namespace
+
 #ifdef SO_PEERCRED
 bool belongsToThisUser(const Descriptor& socket)
 {
@@ -25,14 +33,6 @@ bool belongsToThisUser(const Descriptor& socket)
     return ::getpeereid(socket.get(), &user, &group) == 0 && user == ::geteuid();
 }
 #endif
-
-#ifdef MSG_NOSIGNAL
-constexpr int sendFlags = MSG_NOSIGNAL;
-#else
-constexpr int sendFlags = 0;
-#endif
-
-} // namespace
 
 std::string socketPath(std::string_view home)
 {

@@ -16,6 +16,9 @@ std::string socketPath(std::string_view home);
 // A connection to the user's own application. None when nobody listens, or somebody else's process does.
 Descriptor connectTo(const std::string& path);
 
+// Whether the process at the other end is one of this user's.
+bool belongsToThisUser(const Descriptor& socket);
+
 // Blocks no longer than about two seconds.
 bool sendAll(const Descriptor& socket, std::string_view bytes);
 

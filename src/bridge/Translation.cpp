@@ -144,6 +144,7 @@ bool beforeTool(const Call& call, Event& event)
         return true;
     }
     event.kind = EventKind::coding;
+    event.isStep = true;
     describeTool(call, event);
     return true;
 }
@@ -151,6 +152,7 @@ bool beforeTool(const Call& call, Event& event)
 bool afterTool(const Call& call, Event& event)
 {
     const Tool tool = toolIn(call);
+    event.isStep = true;
     // Between its tools a subagent thinks; said so, its session ends by itself when no further tool comes.
     // The end of a question means the same: the user has answered, and the agent goes on.
     if (!subagentOf(call).empty() || tool.kind == ToolClass::question) {

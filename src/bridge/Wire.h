@@ -38,6 +38,7 @@ struct Event
     std::string cwd;
     std::string sessionId;
     std::optional<std::int32_t> exitCode;
+    bool isStep = false; // one of a turn's many steps, not a turn of events; not part of the line
 };
 
 enum class Verdict

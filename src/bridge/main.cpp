@@ -6,6 +6,7 @@
 
 #include "bridge/AgentWatch.h"
 #include "bridge/PayloadReader.h"
+#include "bridge/RequestTurn.h"
 #include "bridge/SocketClient.h"
 #include "bridge/Translation.h"
 
@@ -28,6 +29,7 @@ using Clock = std::chrono::steady_clock;
 constexpr auto payloadLimit = 4s;
 // An application that is well acknowledges at once; one that is not must not hold up the agent.
 constexpr auto acknowledgeLimit = 250ms;
+constexpr auto crowdingLimit = 3s;
 constexpr std::size_t maxReplyBytes = 4096;
 
 struct Arguments
@@ -110,6 +112,34 @@ std::string readReply(const Descriptor& socket, const AgentWatch& watch, AgentWa
     return {};
 }
 
+struct Reply
+{
+    bool delivered = false;
+    std::string text; // empty when the connection ended without a whole line, or none came in time
+};
+
+Reply exchange(const std::string& path, std::string_view line, const AgentWatch& watch,
+               AgentWatch::Deadline deadline)
+{
+    const Descriptor socket = connectTo(path);
+    if (!socket || !sendAll(socket, line))
+        return {};
+    return {true, readReply(socket, watch, deadline)};
+}
+
+// A step of another tool that was reported in the very moment of the request can make the application take
+// the request for settled and let it go. So early that is the likeliest cause: it is made once more.
+Verdict ask(const std::string& path, std::string_view line, const AgentWatch& watch,
+            AgentWatch::Deadline deadline, bool mayBeCrowdedOut)
+{
+    const auto start = Clock::now();
+    Reply reply = exchange(path, line, watch, deadline);
+    const auto waited = Clock::now() - start;
+    if (mayBeCrowdedOut && reply.delivered && reply.text.empty() && waited < crowdingLimit)
+        reply = exchange(path, line, watch, deadline);
+    return verdictOf(reply.text);
+}
+
 // The verdict, where the event is one that waits for it.
 Verdict deliver(const Dialect& dialect, Event event, const std::string& path, const AgentWatch& watch)
 {
@@ -118,13 +148,18 @@ Verdict deliver(const Dialect& dialect, Event event, const std::string& path, co
         event = tooLongToDecide(dialect, std::move(event));
         line = wireLine(dialect.id, event);
     }
-    const Descriptor socket = connectTo(path);
-    if (!socket || !sendAll(socket, line.text))
+    const SessionAddress session{path, dialect.id, event.sessionId};
+    const bool takesTurns = dialect.promptFollowsHook && !event.sessionId.empty();
+    if (event.kind != EventKind::approvalRequired) {
+        if (!(event.isStep && takesTurns && RequestTurn::isTaken(session)))
+            exchange(path, line.text, watch, Clock::now() + acknowledgeLimit);
         return Verdict::none;
-    const bool waits = event.kind == EventKind::approvalRequired;
-    const auto limit = waits ? Clock::duration(dialect.patience) : Clock::duration(acknowledgeLimit);
-    const std::string reply = readReply(socket, watch, Clock::now() + limit);
-    return waits ? verdictOf(reply) : Verdict::none;
+    }
+    const auto deadline = Clock::now() + dialect.patience;
+    std::optional<RequestTurn> turn;
+    if (takesTurns && !(turn = RequestTurn::take(session, watch, deadline)))
+        return Verdict::none;
+    return ask(path, line.text, watch, deadline, takesTurns);
 }
 
 Verdict handleHook(const Dialect& dialect, std::string_view hookEvent)

@@ -68,8 +68,9 @@ HelperResult answered(const Row& row, const std::string& reply)
     const HelperResult result = HelperProcess::run(
         {.arguments = hookArguments(row.agent, row.event), .home = home.path()}, row.payload);
     const std::vector<std::string> lines = server.lines();
-    EXPECT_EQ(lines.size(), 1U);
-    EXPECT_NE(lines.front().find("\"approvalRequired\""), std::string::npos) << lines.front();
+    EXPECT_FALSE(lines.empty());
+    for (const std::string& line : lines)
+        EXPECT_NE(line.find("\"approvalRequired\""), std::string::npos) << line;
     return result;
 }
 

@@ -57,6 +57,7 @@ constinit const Dialect clineDialect = {
     .answers = {R"({"cancel":false})", R"({"cancel":true,"errorMessage":"The user denied this on Nibbo."})",
                 ""},
     .patience = std::chrono::seconds(110),
+    .promptFollowsHook = true,
     .caveat = "Deny stops Cline's whole run; after Allow, Cline may still ask in the terminal",
     .refine = refine,
 };

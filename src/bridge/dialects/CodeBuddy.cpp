@@ -17,6 +17,7 @@ constinit const Dialect codeBuddyDialect = {
     .exitStatus = {"tool_response.exitCode", "error", false, ""},
     .answers = claudeFamily::answers,
     .patience = claudeFamily::dayLessHalfAMinute,
+    .promptFollowsHook = true,
     .askingNotices = askingNotices,
     .refine = claudeFamily::endWhenInterrupted,
 };

@@ -27,6 +27,7 @@ constinit const Dialect codexDialect = {
     .events = eventRows,
     .answers = claudeFamily::answers,
     .patience = std::chrono::seconds(7180),
+    .promptFollowsHook = true,
 };
 
 } // namespace nibbo::bridge

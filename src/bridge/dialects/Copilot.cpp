@@ -53,6 +53,7 @@ constinit const Dialect copilotDialect = {
     .answers = {R"({"behavior":"allow"})",
                 R"({"behavior":"deny","message":"The user denied this on Nibbo."})", ""},
     .patience = std::chrono::seconds(86370),
+    .promptFollowsHook = true,
     .askingNotices = askingNotices,
     .machinePrompt = "<system_notification>",
     .permissionComesFirst = true,

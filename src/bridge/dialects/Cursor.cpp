@@ -53,6 +53,7 @@ constinit const Dialect cursorDialect = {
                 R"("agent_message":"The user denied this on Nibbo."})",
                 "{}"},
     .patience = std::chrono::seconds(86370),
+    .promptFollowsHook = true,
     .caveat = "after Allow, Cursor may still ask",
     .refine = refine,
 };

@@ -82,6 +82,7 @@ constinit const Dialect geminiDialect = {
     .answers = {R"({"decision":"allow"})", R"({"decision":"deny","reason":"The user denied this on Nibbo."})",
                 ""},
     .patience = std::chrono::seconds(3580),
+    .promptFollowsHook = true,
     .askingNotices = askingNotices,
     .caveat = "after Allow, Gemini still asks in the terminal",
     .refine = refine,

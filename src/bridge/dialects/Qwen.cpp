@@ -19,6 +19,7 @@ constinit const Dialect qwenDialect = {
     .exitStatus = {"", "error|tool_response.llmContent", false, ""},
     .answers = claudeFamily::answers,
     .patience = std::chrono::seconds(84),
+    .promptFollowsHook = true,
     .askingNotices = askingNotices,
     .emptyPromptContinues = true,
     .refine = claudeFamily::endWhenInterrupted,
