@@ -75,6 +75,50 @@ const activities = {
   ),
 };
 
+// The pages of the settings window.
+const settings = {
+  general: glyph(stroke('M4 7L12 7M18 7L20 7M4 17L6 17M12 17L20 17'), circle(15, 7, 2.5), circle(9, 17, 2.5)),
+  pet: glyph(
+    stroke(
+      'M12 12.5C9.4 12.5 7 15 7 17.2C7 18.9 8.3 20 9.8 20C10.6 20 11.2 19.6 12 19.6C12.8 19.6 13.4 20 14.2 20C15.7 20 17 18.9 17 17.2C17 15 14.6 12.5 12 12.5Z',
+    ),
+    stroke('M4.8 10.5L5 11.3M9 5L9.2 6.2M15 5L14.8 6.2M19.2 10.5L19 11.3', 3.4),
+  ),
+  appearance: glyph(
+    stroke(
+      arc(12, 12, 8.5, 8.5, -90, -270) +
+        'C13.5 20.5 14 19.5 14 18.6C14 17.2 13 17 13 15.9C13 14.9 13.8 14.2 14.9 14.2L17.3 14.2C19.2 14.2 20.5 12.8 20.5 10.9C20.5 6.7 16.7 3.5 12 3.5Z',
+    ),
+    [
+      [8, 9.5],
+      [12, 7.5],
+      [16, 9.5],
+      [7.5, 13.5],
+    ]
+      .map(([x, y]) => dot(x, y, 1.3))
+      .join(''),
+  ),
+  approvals: glyph(
+    stroke(
+      'M12 3L19.5 5.8L19.5 11.5C19.5 16.1 16.3 19.4 12 21C7.7 19.4 4.5 16.1 4.5 11.5L4.5 5.8ZM8.7 12L11.1 14.4L15.4 9.8',
+    ),
+  ),
+  notifications: glyph(
+    stroke('M6 10C6 6.5 8.5 4 12 4C15.5 4 18 6.5 18 10C18 14.5 20 16 20 16.5L4 16.5C4 16 6 14.5 6 10ZM10 20L14 20'),
+  ),
+  sessions: glyph(stroke('M4 6L14 6M4 12L20 12M4 18L11 18'), circle(19, 6, 1), circle(16, 18, 1)),
+  agents: glyph(stroke(roundRect(3, 4, 18, 16, 3)), stroke('M7.5 9L10.5 12L7.5 15M13 15L17 15')),
+  summaries: glyph(
+    stroke('M11 4L12.7 8.8L17.5 10.5L12.7 12.2L11 17L9.3 12.2L4.5 10.5L9.3 8.8Z'),
+    stroke('M18.5 15.5L19.3 17.7L21.5 18.5L19.3 19.3L18.5 21.5L17.7 19.3L15.5 18.5L17.7 17.7Z'),
+  ),
+  advanced: glyph(
+    stroke(
+      'M14.5 6.5C15.3 4.4 17.8 3.2 20.2 3.8L17.3 6.7L17.3 8.7L19.3 8.7L22.2 5.8C22.6 9.6 19.6 12.6 16.2 11.5L8.2 19.5C6.2 21.5 3.2 18.5 5.2 16.5L13.2 8.5C13.4 7.7 13.9 7 14.5 6.5Z',
+    ),
+  ),
+};
+
 // Nibbo's mark in 36 units: the mochi head and the two notched petals. Ears and eyes stay apart at 16 px.
 const headOutline = 'M18 12.500C25.5 12.5 30.6 17 31.4 23.6C32 29.4 30 33 25.4 33L10.6 33C6 33 4 29.4 4.6 23.6C5.4 17 10.5 12.5 18 12.5Z';
 const petal = side => {
@@ -182,5 +226,6 @@ export function drawIcons() {
     ['NibboMascot.svg', mascot()],
     ...Object.entries(providers).map(([name, content]) => [`providers/${name}.svg`, content]),
     ...Object.entries(activities).map(([name, content]) => [`activity/${name}.svg`, content]),
+    ...Object.entries(settings).map(([name, content]) => [`settings/${name}.svg`, content]),
   ];
 }

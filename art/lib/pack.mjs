@@ -88,7 +88,7 @@ export function drawPack(c) {
   const pack = {
     ...c.pack,
     version: '1.0',
-    license: c.pack.license ?? 'same as the program',
+    license: c.pack.license ?? 'GPL-3.0-or-later',
     accent: c.tints[defaultTint],
     tints: c.tints,
   };
