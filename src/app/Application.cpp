@@ -169,6 +169,7 @@ void Application::connectPet()
         m_bubblePresenter->setDesktopScheme(
             dark ? std::optional(*dark ? ColourScheme::dark : ColourScheme::light) : std::nullopt);
         m_window->setReducedMotion(m_desktop->reducesMotion());
+        m_bubblePresenter->setReducedMotion(m_desktop->reducesMotion());
     };
     connect(m_desktop.get(), &DesktopPreferences::changed, this, followDesktop);
     followDesktop();

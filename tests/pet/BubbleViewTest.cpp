@@ -300,6 +300,8 @@ TEST_F(BubblePresenterTest, followsSettingsAndTheDesktopsColours)
     EXPECT_EQ(view.look().scheme, ColourScheme::dark);
     presenter.setComposited(false);
     EXPECT_FALSE(view.look().composited);
+    presenter.setReducedMotion(true);
+    EXPECT_TRUE(view.look().reducedMotion);
 }
 
 TEST_F(BubblePresenterTest, handsAnswersToTheModel)

@@ -5,9 +5,7 @@
 #include "pet/view/BubbleView.h"
 #include "settings/SettingsStore.h"
 
-#include <QApplication>
 #include <QEvent>
-#include <QStyle>
 
 namespace nibbo {
 
@@ -34,6 +32,12 @@ void BubblePresenter::setDesktopScheme(std::optional<ColourScheme> scheme)
     refreshLook();
 }
 
+void BubblePresenter::setReducedMotion(bool reduced)
+{
+    m_reducedMotion = reduced;
+    refreshLook();
+}
+
 void BubblePresenter::setComposited(bool composited)
 {
     m_composited = composited;
@@ -57,8 +61,7 @@ void BubblePresenter::refreshLook()
     look.showActivityLabel = settings.showActivityLabel;
     look.showProviderChip = settings.showProviderChip;
     look.composited = m_composited;
-    look.reducedMotion =
-        m_view.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &m_view) == 0;
+    look.reducedMotion = m_reducedMotion;
     m_view.setLook(look);
 }
 

@@ -26,6 +26,8 @@ public:
 
     /// What the desktop says about its colours; without a word from it the palette decides.
     void setDesktopScheme(std::optional<ColourScheme> scheme);
+    /// Bubbles come and go at once for those whose desktop asks for less motion.
+    void setReducedMotion(bool reduced);
     /// Whether a compositor draws translucency.
     void setComposited(bool composited);
 
@@ -41,6 +43,7 @@ private:
     PetViewModel& m_viewModel;
     const SettingsStore& m_settings;
     std::optional<ColourScheme> m_desktopScheme;
+    bool m_reducedMotion = false;
     bool m_composited = true;
 };
 
