@@ -26,9 +26,9 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments)
 
     LaunchOptions result;
     bool records = false;
-    const auto choose = [&result](LaunchMode mode) {
+    const auto choose = [&result](LaunchMode chosen) {
         const bool free = result.mode == LaunchMode::pet;
-        result.mode = mode;
+        result.mode = chosen;
         return free;
     };
     const QStringList folderFlags{QStringLiteral("--gallery"), QStringLiteral("--record")};

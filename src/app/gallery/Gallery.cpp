@@ -113,9 +113,8 @@ std::vector<Scene> bubbleScenes(AppLanguage language)
              QStringLiteral(
                  "ThisIsOneVeryLongIdentifierThatNobodyShouldEverHaveWrittenButSomebodyDidAnyway = true"))},
         {"emoji", narration("claude", PetState::responding, std::nullopt,
-                            QStringLiteral("Done 🎉 👩‍👩‍👧‍👦 🏳️‍🌈 é e\u0301 ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ "
-                                           "✅ "
-                                           "✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅ ✅"))},
+                            QStringLiteral("Done 🎉 👩‍👩‍👧‍👦 🏳️‍🌈 ") +
+                                QStringLiteral("✅ ").repeated(28))},
         {"right to left",
          narration("claude", PetState::responding, std::nullopt,
                    QStringLiteral("كل الاختبارات تعمل الآن، وقد أصلحت الخطأ في الملف main.cpp كما طلبت."))},
