@@ -16,13 +16,7 @@ Result<void> CopilotFileWriter::install(const ProviderSpec& spec)
             return bytes.failure();
         current = std::move(bytes).value();
     }
-    const Result<SafeWriter::Outcome> outcome =
-        scope().writer.writeInPlace(path, current, copilotHooks(scope().generated), 0600);
-    if (!outcome)
-        return outcome.failure();
-    if (*outcome == SafeWriter::Outcome::overtaken)
-        return Failure{QStringLiteral("cannot write %1: another program writes it").arg(path)};
-    return {};
+    return scope().writer.stage(path, current, copilotHooks(scope().generated), 0600);
 }
 
 Result<void> CopilotFileWriter::remove(const ProviderSpec& spec)

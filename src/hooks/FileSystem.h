@@ -56,7 +56,7 @@ public:
 
     /// With its parents; one that is there already is a success.
     virtual Result<void> makeDirectory(const QString& path) = 0;
-    /// Makes the file, or empties it, and writes it through to the disk. `mode` holds whatever the umask is.
+    /// Makes the file anew; what was there before, a link too, goes. `mode` holds whatever the umask is.
     virtual Result<void> create(const QString& path, const QByteArray& content, mode_t mode) = 0;
     virtual Result<void> setMode(const QString& path, mode_t mode) = 0;
     /// Atomic; replaces what is at `to`.
@@ -65,9 +65,12 @@ public:
     virtual Result<void> remove(const QString& path) = 0;
     /// Makes sure that the file can hold `size` bytes, without changing what it holds.
     virtual Result<void> reserve(const QString& path, qint64 size) = 0;
-    /// Puts the content into the existing file, which keeps its inode, mode and owner, and writes it through
-    /// to the disk. Stopped half-way it leaves the beginning of the new content and the rest of the old.
+    /// Puts the content into the existing file, which keeps its inode, mode and owner. Stopped half-way it
+    /// leaves the beginning of the new content and the rest of the old.
     virtual Result<void> overwrite(const QString& path, const QByteArray& content) = 0;
+    /// Waits until what the files hold is on the disk, for all of them at once: one after the other would
+    /// cost a disk's turn each.
+    virtual Result<void> writeThrough(const QStringList& paths) = 0;
     /// Waits for other processes and threads, but not longer than `limit`.
     virtual Result<std::unique_ptr<FileLock>> lock(const QString& path, std::chrono::milliseconds limit) = 0;
 };

@@ -24,8 +24,9 @@ bool isSetName(const QString& name)
 
 } // namespace
 
-HookBackups::HookBackups(FileSystem& files, const Clock& clock, QString directory)
+HookBackups::HookBackups(FileSystem& files, SafeWriter& writer, const Clock& clock, QString directory)
     : m_files(files)
+    , m_writer(writer)
     , m_clock(clock)
     , m_directory(std::move(directory))
 {}
@@ -42,17 +43,6 @@ Result<void> HookBackups::begin()
     return {};
 }
 
-Result<void> HookBackups::putWhole(const QString& path, const QByteArray& content, mode_t mode)
-{
-    const QString staged = stagedName(path);
-    Result<void> done = m_files.create(staged, content, mode);
-    if (done)
-        done = m_files.rename(staged, path);
-    if (!done)
-        std::ignore = static_cast<bool>(m_files.remove(staged));
-    return done;
-}
-
 Result<QString> HookBackups::store(const ProviderSpec& spec, const QByteArray& content, mode_t mode)
 {
     if (m_set.isEmpty()) {
@@ -60,7 +50,7 @@ Result<QString> HookBackups::store(const ProviderSpec& spec, const QByteArray& c
             return begun.failure();
     }
     const QString path = pathIn(m_set, spec);
-    if (Result<void> stored = putWhole(path, content, mode); !stored)
+    if (Result<void> stored = m_writer.replace(path, content, mode); !stored)
         return stored.failure();
     return path;
 }
@@ -97,7 +87,7 @@ std::optional<QString> HookBackups::latest() const
 
 Result<void> HookBackups::makeLatest()
 {
-    return putWhole(m_directory + QStringLiteral("/latest.txt"), m_set.toUtf8(), 0600);
+    return m_writer.replace(m_directory + QStringLiteral("/latest.txt"), m_set.toUtf8(), 0600);
 }
 
 bool HookBackups::isRestored(const QString& set) const

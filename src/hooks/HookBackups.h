@@ -16,11 +16,13 @@
 
 namespace nibbo {
 
+class SafeWriter;
+
 class HookBackups final
 {
 public:
     /// What is handed in must outlive the object.
-    HookBackups(FileSystem& files, const Clock& clock, QString directory);
+    HookBackups(FileSystem& files, SafeWriter& writer, const Clock& clock, QString directory);
 
     /// Makes the set of this run; called once or by the first `store`.
     Result<void> begin();
@@ -43,9 +45,9 @@ public:
 
 private:
     QString setPath(const QString& set) const { return m_directory + QLatin1Char('/') + set; }
-    Result<void> putWhole(const QString& path, const QByteArray& content, mode_t mode);
 
     FileSystem& m_files;
+    SafeWriter& m_writer;
     const Clock& m_clock;
     QString m_directory;
     QString m_set;

@@ -7,6 +7,8 @@
 #include "hooks/SafeWriter.h"
 #include "hooks/SharedHooksWriter.h"
 
+#include <algorithm>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -37,7 +39,7 @@ public:
         , m_files(files)
         , m_support(environment.paths.applicationSupport())
         , m_writer(files, m_support + QStringLiteral("/HookJournal"))
-        , m_backups(files, clock, environment.paths.backupsDirectory())
+        , m_backups(files, m_writer, clock, environment.paths.backupsDirectory())
         , m_scope{m_generated, files, m_writer, m_backups}
     {}
 
@@ -67,21 +69,57 @@ public:
     Result<void> writeLauncher()
     {
         const QString home = m_environment.paths.home() + QLatin1Char('/');
-        const Result<SafeWriter::Outcome> launcher =
-            m_writer.replace(home + QLatin1String(launcherRelativePath), launcherScript(m_generated), 0755);
-        if (!launcher)
-            return launcher.failure();
+        if (Result<void> launcher = m_writer.replace(home + QLatin1String(launcherRelativePath),
+                                                     launcherScript(m_generated), 0755);
+            !launcher)
+            return launcher;
         return m_environment.platform == LauncherPlatform::linuxDesktop
                    ? copyCleaner(home + QLatin1String(cleanerRelativePath))
                    : Result<void>();
     }
 
-    FileSystem& files() { return m_files; }
+    using Step = std::function<Result<void>(const ProviderSpec&)>;
+    using Failures = std::map<const ProviderSpec*, QString>;
+
+    /// Writes what is staged, and says for which providers that failed. Tools write their files whenever they
+    /// like: where one came in between, `again` takes up its new content.
+    Failures commit(const Step& again)
+    {
+        Failures failures;
+        for (int attempt = 0;; ++attempt) {
+            const SafeWriter::Outcome outcome = m_writer.commit();
+            for (auto failed = outcome.failed.begin(); failed != outcome.failed.end(); ++failed)
+                failures[providerAt(failed.key())] = failed.value();
+            if (outcome.overtaken.isEmpty())
+                return failures;
+            for (const QString& path : outcome.overtaken) {
+                const ProviderSpec* const spec = providerAt(path);
+                if (attempt == mostAttempts)
+                    failures[spec] =
+                        QStringLiteral("cannot write %1: another program keeps writing it").arg(path);
+                else if (Result<void> staged = again(*spec); !staged)
+                    failures[spec] = staged.error();
+            }
+            if (attempt == mostAttempts)
+                return failures;
+        }
+    }
+
     HookBackups& backups() { return m_backups; }
     SafeWriter& writer() { return m_writer; }
     const HookScope& scope() const { return m_scope; }
 
 private:
+    static constexpr int mostAttempts = 5;
+
+    /// Only providers' files are staged.
+    const ProviderSpec* providerAt(const QString& path) const
+    {
+        const auto& all = ProviderRegistry::all();
+        return &*std::find_if(all.begin(), all.end(),
+                              [&](const ProviderSpec& spec) { return m_scope.path(spec) == path; });
+    }
+
     /// The cleaner must be there when the application is not, so it lives beside the launcher.
     Result<void> copyCleaner(const QString& target)
     {
@@ -93,8 +131,7 @@ private:
         const Result<QByteArray> content = m_files.read(source);
         if (!content)
             return content.failure();
-        const Result<SafeWriter::Outcome> copied = m_writer.replace(target, *content, 0755);
-        return copied ? Result<void>() : Result<void>(copied.failure());
+        return m_writer.replace(target, *content, 0755);
     }
 
     const HookEnvironment& m_environment;
@@ -108,27 +145,64 @@ private:
     std::unique_ptr<FileLock> m_lock;
 };
 
+void logFailure(const char* what, const QString& error)
+{
+    NibboLog::log(QLatin1String(what) + error);
+}
+
+/// Puts the bridge into the enabled providers, up to the first that does not let us.
+Result<void> wireEnabled(Operation& operation, const HookInstaller& installer)
+{
+    const Operation::Step install = [&operation](const ProviderSpec& spec) {
+        return operation.writerOf(spec).install(spec);
+    };
+    Result<void> first;
+    std::vector<const ProviderSpec*> done;
+    for (const ProviderSpec& spec : ProviderRegistry::all()) {
+        if (!installer.isEnabled(spec))
+            continue;
+        first = install(spec);
+        if (!first)
+            break;
+        done.push_back(&spec);
+    }
+    const Operation::Failures failures = operation.commit(install);
+    for (const ProviderSpec* const spec : done) {
+        if (const auto failed = failures.find(spec); failed == failures.end())
+            NibboLog::log(
+                QStringLiteral("hook install: %1 -> %2").arg(spec->title, operation.scope().path(*spec)));
+        else if (first)
+            first = Failure{failed->second};
+    }
+    return first;
+}
+
+void unwireDisabled(Operation& operation, const HookInstaller& installer)
+{
+    const Operation::Step remove = [&operation](const ProviderSpec& spec) {
+        return operation.writerOf(spec).remove(spec);
+    };
+    for (const ProviderSpec& spec : ProviderRegistry::all()) {
+        if (installer.isEnabled(spec))
+            continue;
+        if (Result<void> removed = remove(spec); !removed)
+            logFailure("hook install: ", removed.error());
+    }
+    for (const auto& failed : operation.commit(remove))
+        logFailure("hook install: ", failed.second);
+}
+
 Result<void> installInto(Operation& operation, const HookInstaller& installer)
 {
     if (Result<void> launcher = operation.writeLauncher(); !launcher)
         return launcher;
     if (Result<void> begun = operation.backups().begin(); !begun)
         return begun;
-    for (const ProviderSpec& spec : ProviderRegistry::all()) {
-        if (!installer.isEnabled(spec))
-            continue;
-        if (Result<void> installed = operation.writerOf(spec).install(spec); !installed)
-            return installed;
-        NibboLog::log(QStringLiteral("hook install: %1 -> %2").arg(spec.title, operation.scope().path(spec)));
-    }
-    for (const ProviderSpec& spec : ProviderRegistry::all()) {
-        if (installer.isEnabled(spec))
-            continue;
-        if (Result<void> removed = operation.writerOf(spec).remove(spec); !removed)
-            NibboLog::log(QStringLiteral("hook install: ") + removed.error());
-    }
+    if (Result<void> wired = wireEnabled(operation, installer); !wired)
+        return wired;
+    unwireDisabled(operation, installer);
     if (Result<void> noted = operation.backups().makeLatest(); !noted)
-        NibboLog::log(QStringLiteral("hook install: ") + noted.error());
+        logFailure("hook install: ", noted.error());
     return {};
 }
 
@@ -172,7 +246,7 @@ Result<void> HookInstaller::uninstall()
     const auto note = [&first](const Result<void>& result) {
         if (result)
             return;
-        NibboLog::log(QStringLiteral("hook uninstall: ") + result.error());
+        logFailure("hook uninstall: ", result.error());
         if (first)
             first = result;
     };
@@ -183,15 +257,16 @@ Result<void> HookInstaller::uninstall()
     // A set is gone back to once: what was written after that is newer than the set.
     const std::optional<QString> latest = operation.backups().latest();
     const bool goBack = latest && !operation.backups().isRestored(*latest);
+    const Operation::Step takeOut = [&](const ProviderSpec& spec) {
+        SharedHooksWriter& writer = operation.sharedWriterOf(spec);
+        return goBack ? writer.restore(spec, *latest) : writer.remove(spec);
+    };
+    for (const ProviderSpec* const spec : specs())
+        note(takeOut(*spec));
+    for (const auto& failed : operation.commit(takeOut))
+        note(Failure{failed.second});
     for (const ProviderSpec* const spec : specs()) {
-        SharedHooksWriter& writer = operation.sharedWriterOf(*spec);
-        if (!goBack) {
-            note(writer.remove(*spec));
-            continue;
-        }
-        const bool held = m_files.facts(operation.backups().pathIn(*latest, *spec)).has_value();
-        note(writer.restore(*spec, *latest));
-        if (held)
+        if (goBack && m_files.facts(operation.backups().pathIn(*latest, *spec)))
             NibboLog::log(QStringLiteral("hook restore: %1 from backup %2").arg(spec->title, *latest));
     }
     if (goBack && first)
@@ -245,7 +320,8 @@ QStringList HookInstaller::watchedConfigFiles() const
 
 std::vector<HookBackup> HookInstaller::backups() const
 {
-    const HookBackups stored(m_files, m_clock, m_environment.paths.backupsDirectory());
+    Operation operation(m_environment, m_files, m_clock);
+    const HookBackups& stored = operation.backups();
     std::vector<HookBackup> result;
     for (const QString& set : stored.sets()) {
         for (const ProviderSpec& spec : ProviderRegistry::all()) {
@@ -271,23 +347,24 @@ Result<void> HookInstaller::restore(const HookBackup& backup)
     if (!content)
         return content.failure();
     const QString path = operation.scope().path(*spec);
-    std::optional<QByteArray> current;
-    if (const auto known = m_files.facts(path)) {
-        Result<QByteArray> bytes = m_files.read(path);
-        if (!bytes)
-            return bytes.failure();
-        if (*bytes == *content)
-            return {};
-        if (const Result<QString> kept = operation.backups().store(*spec, *bytes, known->mode); !kept)
-            return kept.failure();
-        current = std::move(bytes).value();
-    }
-    const Result<SafeWriter::Outcome> outcome =
-        operation.writer().writeInPlace(path, current, *content, sourceFacts ? sourceFacts->mode : 0600);
-    if (!outcome)
-        return outcome.failure();
-    if (*outcome == SafeWriter::Outcome::overtaken)
-        return Failure{QStringLiteral("cannot write %1: another program writes it").arg(path)};
+    const Operation::Step stage = [&](const ProviderSpec&) -> Result<void> {
+        std::optional<QByteArray> current;
+        if (const auto known = m_files.facts(path)) {
+            Result<QByteArray> bytes = m_files.read(path);
+            if (!bytes)
+                return bytes.failure();
+            if (*bytes == *content)
+                return {};
+            if (const Result<QString> kept = operation.backups().store(*spec, *bytes, known->mode); !kept)
+                return kept.failure();
+            current = std::move(bytes).value();
+        }
+        return operation.writer().stage(path, current, *content, sourceFacts ? sourceFacts->mode : 0600);
+    };
+    if (Result<void> staged = stage(*spec); !staged)
+        return staged;
+    for (const auto& failed : operation.commit(stage))
+        return Failure{failed.second};
     NibboLog::log(QStringLiteral("hook restore: %1 from backup %2").arg(spec->title, backup.set));
     return {};
 }

@@ -26,8 +26,8 @@ struct HookScope
     QString path(const ProviderSpec& spec) const;
 };
 
-/// Puts the bridge into one agent's configuration in the way of one mechanism. Used under the installer's
-/// lock, but for `isWired`.
+/// Puts the bridge into one agent's configuration in the way of one mechanism. Files of the user's are only
+/// staged: they change when the writer is told to commit. Used under the installer's lock, but for `isWired`.
 class HookWriter
 {
 public:

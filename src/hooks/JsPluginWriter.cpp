@@ -8,9 +8,7 @@ Result<void> JsPluginWriter::install(const ProviderSpec& spec)
 {
     if (Result<void> kept = keepForeignFile(spec, ownedFileMark); !kept)
         return kept;
-    const Result<SafeWriter::Outcome> outcome =
-        scope().writer.replace(scope().path(spec), openCodePlugin(scope().generated), 0644);
-    return outcome ? Result<void>() : Result<void>(outcome.failure());
+    return scope().writer.replace(scope().path(spec), openCodePlugin(scope().generated), 0644);
 }
 
 Result<void> JsPluginWriter::remove(const ProviderSpec& spec)

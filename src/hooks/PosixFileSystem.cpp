@@ -14,8 +14,10 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
+#include <future>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace nibbo {
 namespace {
@@ -84,15 +86,19 @@ bool writeAll(int descriptor, const QByteArray& content)
     return true;
 }
 
-bool writtenThrough(int descriptor)
+/// Zero or the error.
+int writtenThrough(const QString& path)
 {
+    const Descriptor file = opened(path, O_RDONLY);
+    if (!file)
+        return errno;
 #ifdef __linux__
-    const int result = ::fdatasync(descriptor);
+    const int result = ::fdatasync(file.get());
 #else
-    const int result = ::fsync(descriptor);
+    const int result = ::fsync(file.get());
 #endif
     // Some file systems cannot, and say so.
-    return result == 0 || errno == EINVAL || errno == ENOTSUP;
+    return result == 0 || errno == EINVAL || errno == ENOTSUP ? 0 : errno;
 }
 
 } // namespace
@@ -191,7 +197,7 @@ Result<void> PosixFileSystem::create(const QString& path, const QByteArray& cont
     const Descriptor file = opened(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
     if (!file)
         return failed("make", path);
-    if (!writeAll(file.get(), content) || ::fchmod(file.get(), mode) != 0 || !writtenThrough(file.get()))
+    if (!writeAll(file.get(), content) || ::fchmod(file.get(), mode) != 0)
         return failed("write", path);
     return {};
 }
@@ -235,10 +241,24 @@ Result<void> PosixFileSystem::reserve(const QString& path, qint64 size)
 Result<void> PosixFileSystem::overwrite(const QString& path, const QByteArray& content)
 {
     const Descriptor file = opened(path, O_WRONLY);
-    if (!file || !writeAll(file.get(), content) || ::ftruncate(file.get(), content.size()) != 0 ||
-        !writtenThrough(file.get()))
+    if (!file || !writeAll(file.get(), content) || ::ftruncate(file.get(), content.size()) != 0)
         return failed("write", path);
     return {};
+}
+
+Result<void> PosixFileSystem::writeThrough(const QStringList& paths)
+{
+    std::vector<std::future<int>> waiting;
+    waiting.reserve(static_cast<std::size_t>(paths.size()));
+    for (const QString& path : paths)
+        waiting.push_back(std::async(std::launch::async, [path] { return writtenThrough(path); }));
+    Result<void> first;
+    for (std::size_t i = 0; i < waiting.size(); ++i) {
+        const int error = waiting[i].get();
+        if (error != 0 && first)
+            first = failed("write", paths.at(static_cast<qsizetype>(i)), error);
+    }
+    return first;
 }
 
 Result<std::unique_ptr<FileLock>> PosixFileSystem::lock(const QString& path, std::chrono::milliseconds limit)

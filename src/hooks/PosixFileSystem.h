@@ -20,6 +20,7 @@ public:
     Result<void> remove(const QString& path) override;
     Result<void> reserve(const QString& path, qint64 size) override;
     Result<void> overwrite(const QString& path, const QByteArray& content) override;
+    Result<void> writeThrough(const QStringList& paths) override;
     Result<std::unique_ptr<FileLock>> lock(const QString& path, std::chrono::milliseconds limit) override;
 };
 

@@ -3,6 +3,7 @@
 #include "base/NibboLog.h"
 #include "hooks/JsonText.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -22,6 +23,12 @@ QString folderOf(const QString& path)
     return path.left(path.lastIndexOf(QLatin1Char('/')));
 }
 
+void logFailure(const Result<void>& result)
+{
+    if (!result)
+        NibboLog::log(QStringLiteral("hook journal: ") + result.error());
+}
+
 /// Whether `current` is what an interrupted writing of `to` over `from` leaves: the beginning of the one and
 /// the rest of the other.
 bool isTorn(const QByteArray& current, const QByteArray& from, const QByteArray& to)
@@ -29,49 +36,12 @@ bool isTorn(const QByteArray& current, const QByteArray& from, const QByteArray&
     const qsizetype shorter = std::min(current.size(), to.size());
     const auto difference = std::mismatch(to.begin(), to.begin() + shorter, current.begin());
     const qsizetype same = difference.first - to.begin();
-    // Anywhere up to `same` the writing may have stopped; the earliest place that explains the rest counts.
     if (current.size() != std::max(from.size(), same))
         return false;
     return QByteArrayView(current).sliced(same) == QByteArrayView(from).sliced(std::min(same, from.size()));
 }
 
 } // namespace
-
-/// One write: a line of JSON, then the old content, then the new.
-struct SafeWriter::Journal
-{
-    QString path;
-    std::optional<QByteArray> from;
-    QByteArray to;
-    mode_t mode = 0600;
-
-    QByteArray written() const
-    {
-        const QJsonObject head{{QStringLiteral("path"), path},
-                               {QStringLiteral("existed"), from.has_value()},
-                               {QStringLiteral("fromSize"), from ? from->size() : 0},
-                               {QStringLiteral("toSize"), to.size()},
-                               {QStringLiteral("mode"), static_cast<int>(mode)}};
-        return QJsonDocument(head).toJson(QJsonDocument::Compact) + '\n' + from.value_or(QByteArray()) + to;
-    }
-
-    static std::optional<Journal> parse(const QByteArray& content)
-    {
-        const qsizetype end = content.indexOf('\n');
-        const QJsonObject head = QJsonDocument::fromJson(content.left(end)).object();
-        const qint64 fromSize = head.value(QStringLiteral("fromSize")).toInteger(-1);
-        const qint64 toSize = head.value(QStringLiteral("toSize")).toInteger(-1);
-        if (end < 0 || fromSize < 0 || toSize < 0 || content.size() != end + 1 + fromSize + toSize)
-            return std::nullopt;
-        Journal result;
-        result.path = head.value(QStringLiteral("path")).toString();
-        if (head.value(QStringLiteral("existed")).toBool())
-            result.from = content.mid(end + 1, fromSize);
-        result.to = content.right(toSize);
-        result.mode = static_cast<mode_t>(head.value(QStringLiteral("mode")).toInt(0600));
-        return result;
-    }
-};
 
 QString stagedName(const QString& path)
 {
@@ -84,69 +54,127 @@ SafeWriter::SafeWriter(FileSystem& files, QString journalFolder)
     , m_folder(std::move(journalFolder))
 {}
 
-Result<void> SafeWriter::openJournal(const Journal& journal)
+/// One line of JSON, then the old and the new content of each file in turn.
+QByteArray SafeWriter::journalOf(const std::vector<Write>& writes)
 {
-    if (Result<void> made = m_files.makeDirectory(m_folder); !made)
-        return made;
+    QJsonArray heads;
+    QByteArray contents;
+    for (const Write& write : writes) {
+        heads.append(QJsonObject{{QStringLiteral("path"), write.target},
+                                 {QStringLiteral("existed"), write.from.has_value()},
+                                 {QStringLiteral("fromSize"), write.from ? write.from->size() : 0},
+                                 {QStringLiteral("toSize"), write.to.size()},
+                                 {QStringLiteral("mode"), static_cast<int>(write.mode)}});
+        contents += write.from.value_or(QByteArray()) + write.to;
+    }
+    return QJsonDocument(heads).toJson(QJsonDocument::Compact) + '\n' + contents;
+}
+
+std::optional<std::vector<SafeWriter::Write>> SafeWriter::writesIn(const QByteArray& journal)
+{
+    qsizetype at = journal.indexOf('\n') + 1;
+    const QJsonDocument heads = QJsonDocument::fromJson(journal.left(at));
+    if (at == 0 || !heads.isArray())
+        return std::nullopt;
+    std::vector<Write> result;
+    for (const QJsonValue& value : heads.array()) {
+        const QJsonObject head = value.toObject();
+        const qint64 fromSize = head.value(QStringLiteral("fromSize")).toInteger(-1);
+        const qint64 toSize = head.value(QStringLiteral("toSize")).toInteger(-1);
+        if (fromSize < 0 || toSize < 0 || fromSize + toSize > journal.size() - at)
+            return std::nullopt;
+        Write write;
+        write.path = write.target = head.value(QStringLiteral("path")).toString();
+        if (head.value(QStringLiteral("existed")).toBool())
+            write.from = journal.mid(at, fromSize);
+        write.to = journal.mid(at + fromSize, toSize);
+        write.mode = static_cast<mode_t>(head.value(QStringLiteral("mode")).toInt(0600));
+        at += fromSize + toSize;
+        result.push_back(std::move(write));
+    }
+    return result;
+}
+
+Result<void> SafeWriter::openJournal(const std::vector<Write>& writes)
+{
     const QString staged = stagedName(journalFile());
-    Result<void> done = m_files.create(staged, journal.written(), 0600);
+    Result<void> done = m_files.makeDirectory(m_folder);
+    if (done)
+        done = m_files.create(staged, journalOf(writes), 0600);
     if (done)
         done = m_files.rename(staged, journalFile());
-    if (!done)
-        std::ignore = static_cast<bool>(m_files.remove(staged));
+    if (done)
+        done = m_files.writeThrough(QStringList(m_fresh) << journalFile());
+    if (done)
+        m_fresh.clear();
+    else
+        logFailure(m_files.remove(staged));
     return done;
+}
+
+void SafeWriter::closeJournal()
+{
+    logFailure(m_files.remove(journalFile()));
+}
+
+Result<bool> SafeWriter::isDamaged(const Write& write) const
+{
+    const auto known = m_files.facts(write.target);
+    if (!known || known->kind != FileKind::file)
+        return false;
+    const Result<QByteArray> current = m_files.read(write.target);
+    if (!current)
+        return current.failure();
+    if (*current == write.to || (write.from && *current == *write.from))
+        return false;
+    // A whole text that is neither is somebody's later edit; broken text that was whole before is the damage
+    // of a write that we did not see through.
+    const QByteArray from = write.from.value_or(QByteArray());
+    if (isTorn(*current, from, write.to) || (!JsonText::parse(*current) && JsonText::parse(from)))
+        return true;
+    NibboLog::log(QStringLiteral("hook journal: %1 was written by another program since, left as it is")
+                      .arg(write.target));
+    return false;
 }
 
 Result<void> SafeWriter::recover()
 {
-    const auto journalFacts = m_files.facts(journalFile());
-    if (!journalFacts)
+    if (!m_files.facts(journalFile()))
         return {};
-    const Result<QByteArray> content = m_files.read(journalFile());
-    if (!content)
-        return content.failure();
-    const auto journal = Journal::parse(*content);
-    if (!journal) {
+    const Result<QByteArray> journal = m_files.read(journalFile());
+    if (!journal)
+        return journal.failure();
+    const auto writes = writesIn(*journal);
+    if (!writes)
         NibboLog::log(QStringLiteral("hook journal: not understood, dropped"));
-        return m_files.remove(journalFile());
+    QStringList completed;
+    for (const Write& write : writes.value_or(std::vector<Write>())) {
+        const Result<bool> damaged = isDamaged(write);
+        if (!damaged)
+            return damaged.failure();
+        if (!*damaged)
+            continue;
+        if (Result<void> room = m_files.reserve(write.target, write.to.size()); !room)
+            return room;
+        if (Result<void> done = m_files.overwrite(write.target, write.to); !done)
+            return done;
+        completed.append(write.target);
+        NibboLog::log(QStringLiteral("hook journal: completed an interrupted write of %1").arg(write.target));
     }
-    const auto known = m_files.facts(journal->path);
-    if (!known || known->kind != FileKind::file)
-        return m_files.remove(journalFile());
-    const Result<QByteArray> current = m_files.read(journal->path);
-    if (!current)
-        return current.failure();
-    if (*current == journal->to || (journal->from && *current == *journal->from))
-        return m_files.remove(journalFile());
-
-    // A whole text that is neither is somebody's later edit; broken text that was whole before is the damage
-    // of a write that we did not see through.
-    const QByteArray from = journal->from.value_or(QByteArray());
-    if (!isTorn(*current, from, journal->to) && (JsonText::parse(*current) || !JsonText::parse(from))) {
-        NibboLog::log(QStringLiteral("hook journal: %1 was written by another program since, left as it is")
-                          .arg(journal->path));
-        return m_files.remove(journalFile());
-    }
-    if (Result<void> room = m_files.reserve(journal->path, journal->to.size()); !room)
-        return room;
-    if (Result<void> done = m_files.overwrite(journal->path, journal->to); !done)
-        return done;
-    NibboLog::log(QStringLiteral("hook journal: completed an interrupted write of %1").arg(journal->path));
+    if (Result<void> through = m_files.writeThrough(completed); !through)
+        return through;
     return m_files.remove(journalFile());
 }
 
-Result<SafeWriter::Outcome> SafeWriter::writeInPlace(const QString& path,
-                                                     const std::optional<QByteArray>& expected,
-                                                     const QByteArray& content, mode_t mode)
+Result<void> SafeWriter::stage(const QString& path, const std::optional<QByteArray>& expected,
+                               const QByteArray& content, mode_t mode)
 {
     if (expected && *expected == content)
-        return Outcome::unchanged;
+        return {};
     const QString target = m_files.resolved(path);
     if (target.isEmpty())
         return circle(path);
     const auto known = m_files.facts(target);
-    if (known.has_value() != expected.has_value())
-        return Outcome::overtaken;
     if (known && known->kind != FileKind::file)
         return Failure{QStringLiteral("cannot write %1: it is not a regular file").arg(path)};
     if (known && (known->mode & 0222U) == 0)
@@ -159,57 +187,90 @@ Result<SafeWriter::Outcome> SafeWriter::writeInPlace(const QString& path,
             return Failure{QStringLiteral("cannot write %1: the link leads to %2, which does not exist")
                                .arg(path, target)};
         if (Result<void> made = m_files.makeDirectory(folder); !made)
-            return made.failure();
+            return made;
     }
-    const Journal journal{target, expected, content, mode};
-    if (Result<void> opened = openJournal(journal); !opened)
-        return opened.failure();
-    Result<Outcome> outcome = apply(journal);
-    if (outcome) {
-        if (Result<void> closed = m_files.remove(journalFile()); !closed)
-            NibboLog::log(QStringLiteral("hook journal: ") + closed.error());
+    m_staged.push_back({path, target, expected, content, mode});
+    return {};
+}
+
+SafeWriter::Outcome SafeWriter::commit()
+{
+    const std::vector<Write> writes = std::exchange(m_staged, {});
+    Outcome outcome;
+    if (writes.empty()) {
+        logFailure(m_files.writeThrough(std::exchange(m_fresh, {})));
+        return outcome;
     }
+    if (Result<void> opened = openJournal(writes); !opened) {
+        closeJournal();
+        for (const Write& write : writes)
+            outcome.failed.insert(write.path, opened.error());
+        return outcome;
+    }
+    bool whole = true;
+    QStringList written;
+    for (const Write& write : writes) {
+        QString error;
+        switch (apply(write, error)) {
+        case Applied::written:
+            written.append(write.target);
+            break;
+        case Applied::overtaken:
+            outcome.overtaken.append(write.path);
+            break;
+        case Applied::torn:
+            whole = false;
+            [[fallthrough]];
+        case Applied::failed:
+            outcome.failed.insert(write.path, error);
+            break;
+        }
+    }
+    if (Result<void> through = m_files.writeThrough(written); !through) {
+        logFailure(through);
+        whole = false;
+    }
+    // The journal of a file that is not whole stays, and the next command completes the write.
+    if (whole)
+        closeJournal();
     return outcome;
 }
 
-Result<SafeWriter::Outcome> SafeWriter::apply(const Journal& journal)
+Result<void> SafeWriter::createNew(const Write& write)
 {
-    if (!journal.from) {
-        if (m_files.facts(journal.path))
-            return Outcome::overtaken;
-        if (Result<void> created = m_files.create(journal.path, journal.to, journal.mode); !created) {
-            std::ignore = static_cast<bool>(m_files.remove(journal.path));
-            std::ignore = static_cast<bool>(m_files.remove(journalFile()));
-            return created.failure();
-        }
-        return Outcome::written;
-    }
-    if (Result<void> room = m_files.reserve(journal.path, journal.to.size()); !room) {
-        std::ignore = static_cast<bool>(m_files.remove(journalFile()));
-        return room.failure();
-    }
-    const Result<QByteArray> current = m_files.read(journal.path);
-    if (!current) {
-        std::ignore = static_cast<bool>(m_files.remove(journalFile()));
-        return current.failure();
-    }
-    if (*current != *journal.from)
-        return Outcome::overtaken;
-    if (Result<void> written = m_files.overwrite(journal.path, journal.to); !written)
-        return putBack(journal, written.error()).failure();
-    return Outcome::written;
+    Result<void> created = m_files.create(write.target, write.to, write.mode);
+    if (!created)
+        logFailure(m_files.remove(write.target));
+    return created;
 }
 
-/// After a write that failed half-way. When even this fails the journal stays, and the next command completes
-/// the write.
-Result<void> SafeWriter::putBack(const Journal& journal, const QString& error)
+SafeWriter::Applied SafeWriter::apply(const Write& write, QString& error)
 {
-    if (m_files.overwrite(journal.path, *journal.from))
-        std::ignore = static_cast<bool>(m_files.remove(journalFile()));
-    return Failure{error};
+    const auto failed = [&error](const QString& text) {
+        error = text;
+        return Applied::failed;
+    };
+    if (m_files.facts(write.target).has_value() != write.from.has_value())
+        return Applied::overtaken;
+    if (!write.from) {
+        const Result<void> created = createNew(write);
+        return created ? Applied::written : failed(created.error());
+    }
+    if (Result<void> room = m_files.reserve(write.target, write.to.size()); !room)
+        return failed(room.error());
+    const Result<QByteArray> current = m_files.read(write.target);
+    if (!current)
+        return failed(current.error());
+    if (*current != *write.from)
+        return Applied::overtaken;
+    const Result<void> written = m_files.overwrite(write.target, write.to);
+    if (written)
+        return Applied::written;
+    failed(written.error());
+    return m_files.overwrite(write.target, *write.from) ? Applied::failed : Applied::torn;
 }
 
-Result<SafeWriter::Outcome> SafeWriter::replace(const QString& path, const QByteArray& content, mode_t mode)
+Result<void> SafeWriter::replace(const QString& path, const QByteArray& content, mode_t mode)
 {
     const QString target = m_files.resolved(path);
     if (target.isEmpty())
@@ -220,24 +281,24 @@ Result<SafeWriter::Outcome> SafeWriter::replace(const QString& path, const QByte
     if (known && known->mode == mode && known->size == content.size()) {
         const Result<QByteArray> current = m_files.read(target);
         if (current && *current == content)
-            return Outcome::unchanged;
+            return {};
     }
-    if (Result<void> made = m_files.makeDirectory(folderOf(target)); !made)
-        return made.failure();
     const QString staged = stagedName(target);
-    Result<void> done = m_files.create(staged, content, mode);
+    Result<void> done = m_files.makeDirectory(folderOf(target));
+    if (done)
+        done = m_files.create(staged, content, mode);
     if (done)
         done = m_files.rename(staged, target);
-    if (!done) {
-        std::ignore = static_cast<bool>(m_files.remove(staged));
-        return done.failure();
-    }
-    return Outcome::written;
+    if (done)
+        m_fresh.append(target);
+    else
+        logFailure(m_files.remove(staged));
+    return done;
 }
 
 Result<void> SafeWriter::remove(const QString& path)
 {
-    std::ignore = static_cast<bool>(m_files.remove(stagedName(path)));
+    logFailure(m_files.remove(stagedName(path)));
     return m_files.remove(path);
 }
 

@@ -19,10 +19,9 @@ Result<void> ScriptDirWriter::install(const ProviderSpec& spec)
             NibboLog::log(QStringLiteral("hook install: %1 keeping existing %2 hook").arg(spec.title, event));
             continue;
         }
-        const Result<SafeWriter::Outcome> outcome =
-            scope().writer.replace(path, clineScript(scope().generated, event), 0755);
-        if (!outcome)
-            return outcome.failure();
+        if (Result<void> written = scope().writer.replace(path, clineScript(scope().generated, event), 0755);
+            !written)
+            return written;
     }
     return {};
 }

@@ -4,29 +4,13 @@
 #include "base/NibboLog.h"
 #include "hooks/HookEntries.h"
 
-#include <functional>
 #include <utility>
 
 namespace nibbo {
 namespace {
 
-using Outcome = SafeWriter::Outcome;
-
 /// How much of old backups is looked through for the exact bytes of a file.
 constexpr qint64 searchLimit = 64LL * 1024 * 1024;
-
-/// Tools write their files whenever they like: when one comes in between, its new content is taken up.
-Result<void> untilNotOvertaken(const QString& path, const std::function<Result<Outcome>()>& attempt)
-{
-    for (int i = 0; i < 5; ++i) {
-        const Result<Outcome> outcome = attempt();
-        if (!outcome)
-            return outcome.failure();
-        if (*outcome != Outcome::overtaken)
-            return {};
-    }
-    return Failure{QStringLiteral("cannot write %1: another program keeps writing it").arg(path)};
-}
 
 /// Nothing for what is no JSON object.
 std::optional<JsonText> parsedObject(const QByteArray& content)
@@ -102,11 +86,6 @@ QByteArray SharedHooksWriter::withoutBridge(const ProviderSpec& spec, const QByt
 
 Result<void> SharedHooksWriter::install(const ProviderSpec& spec)
 {
-    return untilNotOvertaken(scope().path(spec), [this, &spec] { return installOnce(spec); });
-}
-
-Result<Outcome> SharedHooksWriter::installOnce(const ProviderSpec& spec)
-{
     const QString path = scope().path(spec);
     const Result<Content> current = readFile(spec);
     if (!current)
@@ -122,39 +101,29 @@ Result<Outcome> SharedHooksWriter::installOnce(const ProviderSpec& spec)
     const auto known = parsedObject(bytes);
     const JsonText wired = withBridge(spec, known ? *known : JsonText{});
     if (known && current->bytes && wired.root.sameAs(known->root))
-        return Outcome::unchanged;
+        return {};
     if (!known || hasForeignShape(known->root, spec.events)) {
         NibboLog::log(QStringLiteral("hook install: %1 is not understood, its content is kept in %2")
                           .arg(path, backup));
     }
-    return scope().writer.writeInPlace(path, current->bytes, wired.written(), current->mode);
+    return scope().writer.stage(path, current->bytes, wired.written(), current->mode);
 }
 
 Result<void> SharedHooksWriter::remove(const ProviderSpec& spec)
-{
-    return untilNotOvertaken(scope().path(spec), [this, &spec] { return removeOnce(spec); });
-}
-
-Result<Outcome> SharedHooksWriter::removeOnce(const ProviderSpec& spec)
 {
     const Result<Content> current = readFile(spec);
     if (!current)
         return current.failure();
     if (!current->bytes)
-        return Outcome::unchanged;
-    return scope().writer.writeInPlace(scope().path(spec), current->bytes,
-                                       withoutBridge(spec, *current->bytes), current->mode);
+        return {};
+    return scope().writer.stage(scope().path(spec), current->bytes, withoutBridge(spec, *current->bytes),
+                                current->mode);
 }
 
 Result<void> SharedHooksWriter::restore(const ProviderSpec& spec, const QString& set)
 {
     if (!scope().files.facts(scope().backups.pathIn(set, spec)))
         return remove(spec);
-    return untilNotOvertaken(scope().path(spec), [this, &spec, &set] { return restoreOnce(spec, set); });
-}
-
-Result<Outcome> SharedHooksWriter::restoreOnce(const ProviderSpec& spec, const QString& set)
-{
     const QString backupPath = scope().backups.pathIn(set, spec);
     const auto backupFacts = scope().files.facts(backupPath);
     const Result<QByteArray> backup = scope().files.read(backupPath);
@@ -165,8 +134,8 @@ Result<Outcome> SharedHooksWriter::restoreOnce(const ProviderSpec& spec, const Q
         return current.failure();
     if (Result<void> kept = keepLaterEdits(spec, *backup, *current); !kept)
         return kept.failure();
-    return scope().writer.writeInPlace(scope().path(spec), current->bytes, withoutBridge(spec, *backup),
-                                       backupFacts ? backupFacts->mode : current->mode);
+    return scope().writer.stage(scope().path(spec), current->bytes, withoutBridge(spec, *backup),
+                                backupFacts ? backupFacts->mode : current->mode);
 }
 
 Result<void> SharedHooksWriter::keepLaterEdits(const ProviderSpec& spec, const QByteArray& backup,

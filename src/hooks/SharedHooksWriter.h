@@ -40,9 +40,6 @@ private:
                                      const JsonText& stripped) const;
     QByteArray withoutBridge(const ProviderSpec& spec, const QByteArray& content) const;
 
-    Result<SafeWriter::Outcome> installOnce(const ProviderSpec& spec);
-    Result<SafeWriter::Outcome> removeOnce(const ProviderSpec& spec);
-    Result<SafeWriter::Outcome> restoreOnce(const ProviderSpec& spec, const QString& set);
     Result<void> keepLaterEdits(const ProviderSpec& spec, const QByteArray& backup, const Content& current);
 };
 

@@ -69,6 +69,10 @@ public:
         std::ignore = static_cast<bool>(PosixFileSystem::overwrite(path, part + old.mid(part.size())));
         return no(path);
     }
+    Result<void> writeThrough(const QStringList& paths) override
+    {
+        return strikes() ? no(paths.value(0)) : PosixFileSystem::writeThrough(paths);
+    }
     Result<std::unique_ptr<FileLock>> lock(const QString& path, std::chrono::milliseconds limit) override
     {
         if (strikes())

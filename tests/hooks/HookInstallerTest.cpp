@@ -1,6 +1,7 @@
 #include "ScratchHome.h"
 
 #include "hooks/HookBackups.h"
+#include "hooks/SafeWriter.h"
 
 #include <nlohmann/json.hpp>
 
@@ -207,7 +208,8 @@ TEST(HookInstallerTest, manyInstallsWithinOneSecondLoseNoBackupAndComeBackToTheF
     home.write("gemini", "// my theme\n{\"theme\": \"dark\",}\n");
     for (int i = 0; i < 12; ++i)
         ASSERT_OK(home.installer().install());
-    HookBackups backups(home.files, home.time, home.backupsPath());
+    SafeWriter writer(home.files, home.path(QStringLiteral("journal")));
+    HookBackups backups(home.files, writer, home.time, home.backupsPath());
     EXPECT_EQ(backups.sets().size(), 12);
     EXPECT_EQ(backups.latest(), backups.sets().front());
     EXPECT_TRUE(backups.latest()->endsWith(QStringLiteral("-12")));
