@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Published.h"
 #include "settings/Settings.h"
 #include "settings/UserDefaults.h"
 
@@ -62,7 +63,7 @@ private:
     UserDefaults& m_defaults;
     Settings m_settings;
     QMap<QString, AgentStatus> m_statuses;
-    std::atomic<std::shared_ptr<const Settings>> m_snapshot;
+    Published<Settings> m_snapshot;
 };
 
 /// The model and address that a provider gets where the user gave none; the custom provider has neither.

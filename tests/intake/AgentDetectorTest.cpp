@@ -2,16 +2,13 @@
 
 #include "base/AtomicFile.h"
 #include "intake/FakeProcessList.h"
-#include "platform/linux/LinuxProcessList.h"
 #include "support/Wait.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <map>
 #include <string>
@@ -202,39 +199,6 @@ TEST_F(AgentDetectorTest, StopsAtOnceBeforeTheFirstScan)
     detector.start(Milliseconds(3000), Milliseconds(3'600'000));
     detector.stop();
     EXPECT_EQ(processes.passes(), 0);
-}
-
-TEST(LinuxProcessList, SeesARunningProcessWithItsArguments)
-{
-    const QString mark =
-        QStringLiteral("nibbo test é ") + QString::number(QCoreApplication::applicationPid());
-    QProcess process;
-    process.start(QStringLiteral("/bin/sh"),
-                  {QStringLiteral("-c"), QStringLiteral("read line"), QStringLiteral("name"), mark});
-    ASSERT_TRUE(process.waitForStarted(30000));
-    LinuxProcessList list;
-    const auto find = [&] {
-        const std::vector<RunningProcess> all = list.processes();
-        const auto found = std::find_if(all.begin(), all.end(), [&process](const RunningProcess& candidate) {
-            return candidate.id == process.processId();
-        });
-        return found == all.end() ? QString() : found->commandLine;
-    };
-    const QString expected = QStringLiteral("/bin/sh -c read line name ") + mark;
-    // Between the fork and the exec the child still goes by our own command line.
-    EXPECT_TRUE(waitFor([&] { return find() == expected; })) << find().toStdString();
-
-    const std::vector<RunningProcess> all = list.processes();
-    EXPECT_TRUE(std::any_of(all.begin(), all.end(), [](const RunningProcess& candidate) {
-        return candidate.id == QCoreApplication::applicationPid();
-    }));
-    EXPECT_TRUE(std::none_of(all.begin(), all.end(), [](const RunningProcess& candidate) {
-        return candidate.commandLine.isEmpty() || candidate.commandLine.contains(QChar(u'\0'));
-    }));
-
-    process.closeWriteChannel();
-    ASSERT_TRUE(process.waitForFinished(30000));
-    EXPECT_EQ(find(), QString());
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "approval/CommandLists.h"
 #include "base/AtomicFile.h"
+#include "base/Published.h"
 #include "intake/FakeProcessList.h"
 #include "intake/SocketClient.h"
 #include "support/ManualTime.h"
@@ -12,7 +13,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <map>
 #include <vector>
 
@@ -33,7 +33,7 @@ protected:
     AppPaths paths{home.path()};
     test::FakeProcessList processes;
     test::ManualTime time;
-    std::atomic<std::shared_ptr<const Settings>> settings;
+    Published<Settings> settings;
     std::unique_ptr<AgentEventBus> bus;
     std::vector<AgentEvent> delivered;
 
