@@ -91,6 +91,8 @@ void CommandListEditor::setLanguage(AppLanguage language)
     m_remove->setText(text(language, u"Remove", u"移除"));
     m_undoButton->setText(text(language, u"Undo", u"撤销"));
     m_restore->setText(text(language, u"Restore Defaults", u"恢复默认"));
+    for (QPushButton* each : {m_add, m_edit, m_remove, m_undoButton, m_restore})
+        theme::makeRoomy(*each);
     m_list->setAccessibleName(accessibleName());
     m_list->setAccessibleDescription(accessibleDescription());
 }

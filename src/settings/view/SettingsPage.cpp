@@ -2,6 +2,7 @@
 
 #include "settings/view/Theme.h"
 
+#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMessageBox>
@@ -129,7 +130,10 @@ QPushButton* SettingsPage::button(const char* name, TextPair text)
     auto* const made = new QPushButton;
     made->setObjectName(QLatin1String(name));
     made->setAutoDefault(false);
-    onLanguage([this, made, text] { made->setText(say(text)); });
+    onLanguage([this, made, text] {
+        made->setText(say(text));
+        theme::makeRoomy(*made);
+    });
     return made;
 }
 
@@ -228,13 +232,26 @@ void SettingsPage::ask(const char* name, const QString& title, const QString& me
     question->open();
 }
 
+void SettingsPage::tell(const char* name, const QString& title, const QString& message)
+{
+    QMessageBox* const notice = box(title, message);
+    notice->setObjectName(QLatin1String(name));
+    notice->addButton(text(language(), u"OK", u"好"), QMessageBox::AcceptRole)
+        ->setObjectName(QStringLiteral("ok"));
+    notice->open();
+}
+
 void SettingsPage::tellFailure(const QString& title, const QString& why)
 {
-    QMessageBox* const notice = box(title, why);
-    notice->setObjectName(QStringLiteral("failure"));
-    notice->setIcon(QMessageBox::Warning);
-    notice->addButton(text(language(), u"OK", u"好"), QMessageBox::AcceptRole);
-    notice->open();
+    tell("failure", title, why);
+}
+
+QFileDialog* SettingsPage::fileDialog(const char* name, TextPair title)
+{
+    auto* const dialog = new QFileDialog(window(), say(title), services().paths.home());
+    dialog->setObjectName(QLatin1String(name));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    return dialog;
 }
 
 } // namespace nibbo

@@ -12,6 +12,7 @@
 #include <functional>
 #include <vector>
 
+class QFileDialog;
 class QLabel;
 class QMessageBox;
 class QPushButton;
@@ -82,7 +83,10 @@ protected:
     /// Asks in a box of its own and goes on at once; `yes` runs when the user agrees.
     void ask(const char* name, const QString& title, const QString& message, const QString& agree,
              std::function<void()> yes);
+    void tell(const char* name, const QString& title, const QString& message);
     void tellFailure(const QString& title, const QString& why);
+    /// Not shown yet; it goes when it is closed.
+    QFileDialog* fileDialog(const char* name, TextPair title);
 
     void showEvent(QShowEvent* event) override;
     void guardWheel(QWidget* control) { control->installEventFilter(&m_context.wheelGuard); }

@@ -1,11 +1,14 @@
 #include "settings/view/SettingsWindow.h"
 
+#include "settings/view/AdvancedPage.h"
 #include "settings/view/AgentsPage.h"
 #include "settings/view/AppearancePage.h"
 #include "settings/view/ApprovalsPage.h"
 #include "settings/view/GeneralPage.h"
 #include "settings/view/NotificationsPage.h"
+#include "settings/view/PetPage.h"
 #include "settings/view/SessionsPage.h"
+#include "settings/view/SummariesPage.h"
 #include "settings/view/Theme.h"
 
 #include <QApplication>
@@ -15,6 +18,7 @@
 #include <QShortcut>
 #include <QStackedWidget>
 #include <QStyledItemDelegate>
+#include <QVBoxLayout>
 
 #include <array>
 #include <utility>
@@ -42,10 +46,13 @@ struct PageRow
 constexpr auto pageRows = std::to_array<PageRow>({
     {SettingsPageId::sessions, "sessions", make<SessionsPage>},
     {SettingsPageId::general, "general", make<GeneralPage>},
+    {SettingsPageId::pet, "pet", make<PetPage>},
     {SettingsPageId::agents, "agents", make<AgentsPage>},
     {SettingsPageId::approvals, "approvals", make<ApprovalsPage>},
     {SettingsPageId::notifications, "notifications", make<NotificationsPage>},
     {SettingsPageId::appearance, "appearance", make<AppearancePage>},
+    {SettingsPageId::summaries, "summaries", make<SummariesPage>},
+    {SettingsPageId::advanced, "advanced", make<AdvancedPage>},
 });
 
 /// Symbol and title on a rounded ground when chosen.
@@ -114,7 +121,6 @@ public:
         m_sidebar->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         m_sidebar->setSelectionMode(QAbstractItemView::SingleSelection);
         m_sidebar->viewport()->setAutoFillBackground(false);
-        m_sidebar->setContentsMargins(0, 10, 0, 10);
 
         const SettingsPage::Context context{m_services, aside, m_wheelGuard};
         for (const PageRow& row : pageRows) {
@@ -128,8 +134,10 @@ public:
         auto* const layout = new QHBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->setSpacing(0);
-        layout->addSpacing(2);
-        layout->addWidget(m_sidebar);
+        auto* const side = new QVBoxLayout;
+        side->setContentsMargins(0, 12, 0, 12);
+        side->addWidget(m_sidebar);
+        layout->addLayout(side);
         layout->addWidget(m_pages, 1);
 
         QObject::connect(m_sidebar, &QListWidget::currentRowChanged, m_pages,

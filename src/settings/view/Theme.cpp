@@ -5,6 +5,7 @@
 #include <QFontDatabase>
 #include <QFontInfo>
 #include <QPainter>
+#include <QPushButton>
 #include <QSvgRenderer>
 
 #include <array>
@@ -129,6 +130,16 @@ QFont monospace(const QFont& beside)
     else
         font.setPixelSize(beside.pixelSize());
     return font;
+}
+
+void makeRoomy(QPushButton& button)
+{
+    constexpr int besides = 30;
+    constexpr int above = 12;
+    button.setMinimumSize(0, 0);
+    const QFontMetrics metrics = button.fontMetrics();
+    button.setMinimumSize(button.sizeHint().expandedTo(
+        {metrics.horizontalAdvance(button.text()) + besides, metrics.height() + above}));
 }
 
 QPixmap symbol(const QString& file, int side, double devicePixelRatio, const QColor& colour)

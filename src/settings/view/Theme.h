@@ -7,6 +7,8 @@
 #include <QPixmap>
 #include <QString>
 
+class QPushButton;
+
 /// The look of the windows: every colour comes from the desktop's palette but for the user's accent.
 namespace nibbo::theme {
 
@@ -28,6 +30,9 @@ QFont textFont();
 QFont scaled(QFont font, double factor);
 QFont heading(double factor);
 QFont monospace(const QFont& beside);
+
+/// Some styles leave a button's text hardly any room; asks for more than they do.
+void makeRoomy(QPushButton& button);
 
 /// A monochrome symbol of ours in one colour.
 QPixmap symbol(const QString& file, int side, double devicePixelRatio, const QColor& colour);
