@@ -5,6 +5,7 @@
 #include "app/NibboNotifications.h"
 #include "app/ShareFolder.h"
 #include "app/StatusItem.h"
+#include "app/onboarding/OnboardingWindowController.h"
 #include "base/NibboLog.h"
 #include "hooks/HookGuardian.h"
 #include "hooks/HookInstaller.h"
@@ -38,6 +39,7 @@
 namespace nibbo {
 namespace {
 
+const QString completedOnboardingKey = QStringLiteral("hasCompletedOnboarding");
 const QString firstLaunchKey = QStringLiteral("hasOpenedSettingsOnFirstLaunch");
 
 /// Where the login item is to find us: this very file, symbolic links of the installation left as they are.
@@ -220,21 +222,24 @@ void Application::detectAgents()
 
 SettingsServices Application::services()
 {
-    return {m_settings,
-            *m_sessions,
-            *m_packs,
-            *m_summarizer,
-            *m_secrets,
-            m_options.paths,
-            [this] { return makeInstaller(); },
-            [this] { detectAgents(); },
-            [this](std::function<void(const QString&)> answer) { runDoctor(std::move(answer)); },
-            [this] { showOnboarding(); },
-            [this](const QString& providerId) {
-                const ProviderSpec* const spec = ProviderRegistry::spec(providerId);
-                return spec != nullptr ? lastEvents(m_options.paths.agentLogFile()).value(spec->title)
-                                       : QString();
-            }};
+    SettingsServices made{
+        m_settings,
+        *m_sessions,
+        *m_packs,
+        *m_summarizer,
+        *m_secrets,
+        m_options.paths,
+        [this] { return makeInstaller(); },
+        [this] { detectAgents(); },
+        [this](std::function<void(const QString&)> answer) { runDoctor(std::move(answer)); },
+        [this] { showOnboarding(); },
+        [this](const QString& providerId) {
+            const ProviderSpec* const spec = ProviderRegistry::spec(providerId);
+            return spec != nullptr ? lastEvents(m_options.paths.agentLogFile()).value(spec->title)
+                                   : QString();
+        }};
+    made.reducesMotion = [this] { return m_desktop->reducesMotion(); };
+    return made;
 }
 
 void Application::runDoctor(std::function<void(const QString& report)> answer)
@@ -258,7 +263,12 @@ void Application::showSettings()
         m_settingsWindow->show();
 }
 
-void Application::showOnboarding() {}
+void Application::showOnboarding()
+{
+    m_onboarding = std::make_unique<OnboardingWindowController>(
+        services(), [this] { m_defaults.set(completedOnboardingKey, true); });
+    m_onboarding->show();
+}
 
 void Application::showPetMenu(const QPoint& where)
 {

@@ -22,6 +22,7 @@ class HookGuardian;
 class HookInstaller;
 class LoginItem;
 class NibboNotifications;
+class OnboardingWindowController;
 class Notifier;
 class PackLibrary;
 class PetMenuController;
@@ -108,6 +109,7 @@ private:
     BubbleView* m_bubble = nullptr;
     std::unique_ptr<BubblePresenter> m_bubblePresenter;
     std::unique_ptr<SettingsWindowController> m_settingsWindow;
+    std::unique_ptr<OnboardingWindowController> m_onboarding;
     std::unique_ptr<StatusItem> m_statusItem;
 };
 

@@ -38,6 +38,8 @@ struct SettingsServices
     std::function<QString(const QString& providerId)> lastEvent;
     /// What a calendar shows.
     std::function<QDateTime()> now = [] { return QDateTime::currentDateTimeUtc(); };
+    /// The desktop asks for less motion.
+    std::function<bool()> reducesMotion = [] { return false; };
 };
 
 } // namespace nibbo
