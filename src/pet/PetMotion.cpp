@@ -70,6 +70,8 @@ void PetMotion::setScreens(std::vector<DesktopScreen> screens)
     if (screens == m_screens)
         return;
     m_screens = std::move(screens);
+    if (m_animation && m_animation->arrival == Arrival::saveAtHome)
+        m_animation->to = home();
     // Between two monitors there may be none at all for a moment; a drag or an animation ends by itself.
     if (m_screens.empty() || isFollowing() || isAnimating())
         return;

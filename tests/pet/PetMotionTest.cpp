@@ -288,6 +288,18 @@ TEST(PetMotion, goesHomeAlongACubicEase)
     EXPECT_EQ(pet.heard.saved.size(), 2U);
 }
 
+TEST(PetMotion, findsHomeEvenWhenItMovesMeanwhile)
+{
+    Pet pet({100, 200});
+    pet.motion.resetPosition();
+    pet.time.advance(Seconds(0.1));
+    pet.motion.stepAnimation();
+    pet.motion.setScreens({{wholeLeft, wholeLeft}});
+    pet.time.advance(Seconds(0.3));
+    pet.motion.stepAnimation();
+    EXPECT_EQ(pet.motion.origin(), (ScreenPoint{696, 24}));
+}
+
 TEST(PetMotion, aDragStartsOverAndAnAnimationEndsByItself)
 {
     Pet pet({20, 300});

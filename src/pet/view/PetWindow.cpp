@@ -190,6 +190,11 @@ QWidget& PetWindowController::window()
     return *m_window;
 }
 
+QRect PetWindowController::petSquare() const
+{
+    return m_layout.pet.translated(panelDownwards() + m_windowOffset);
+}
+
 bool PetWindowController::blendsTransparency() const
 {
     return m_placement->blendsTransparency();

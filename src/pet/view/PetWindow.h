@@ -48,6 +48,9 @@ public:
     void setReducedMotion(bool reduced);
 
     QWidget& window();
+    /// Where the pet's square belongs at the moment, in points counted downwards from the main screen's upper
+    /// left corner; the window gets there as soon as the desktop has moved it.
+    QRect petSquare() const;
     /// False where translucent pixels are not blended with what lies below.
     bool blendsTransparency() const;
     PetPictures& pictures() { return m_pictures; }
