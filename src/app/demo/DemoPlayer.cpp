@@ -16,7 +16,9 @@
 namespace nibbo {
 namespace {
 
-constexpr Milliseconds betweenPictures{500};
+constexpr Milliseconds betweenPictures{125};
+/// Of so many pictures one is kept for the contact sheet.
+constexpr int thumbnailEvery = 4;
 constexpr Milliseconds thinkingItOver{4000};
 constexpr int sheetColumns = 8;
 constexpr int sheetPictures = 48;
@@ -107,8 +109,9 @@ void DemoPlayer::record()
         QStringLiteral("%1/%2.png").arg(m_options.pictures).arg(++m_pictureCount, 4, 10, QLatin1Char('0'));
     if (!picture.save(path))
         return fail(QStringLiteral("cannot write %1").arg(path));
-    m_thumbnails.push_back(
-        picture.scaled(cellWidth, cellHeight, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    if (m_pictureCount % thumbnailEvery == 1)
+        m_thumbnails.push_back(
+            picture.scaled(cellWidth, cellHeight, Qt::KeepAspectRatio, Qt::SmoothTransformation));
 }
 
 QString DemoPlayer::writeContactSheet() const
