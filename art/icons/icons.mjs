@@ -216,6 +216,19 @@ function mascot() {
   return document({ width, height, ...figure });
 }
 
+const halfTurn = d => stroke(d) + at(24, 24, 180, 1, stroke(d));
+const halfLink = side => `M${side * 2} -3.6L${side * 5} -3.6` + arc(side * 5, 0, 3.6, 3.6, -90, side * 90 + (side < 0 ? -180 : 0), false) + `L${side * 2} 3.6`;
+const onboarding = {
+  'arrow.triangle.2.circlepath': glyph(halfTurn(arc(12, 12, 8, 8, 190, 338) + 'M19.8 4L19.8 8.9L14.9 8.9')),
+  'checkmark.circle.fill': glyph(solid(arc(12, 12, 10, 10, 0, 360) + 'ZM7.4 11.3L5.9 12.8L10.2 17.1L18.2 8.5L16.7 7.1L10.1 14.2Z')),
+  link: glyph(at(12, 12, -45, 1, stroke(halfLink(-1) + halfLink(1) + 'M-3.6 0L3.6 0'))),
+  photo: glyph(stroke(roundRect(3, 4.5, 18, 15, 3.2)), stroke('M3.6 17.4L8.6 12.2L12.2 15.8L14.8 13.4L20.2 18.2'), dot(15.6, 9, 1.7)),
+  'square.and.arrow.down': glyph(
+    stroke('M8 9L7 9C5.3 9 4 10.3 4 12L4 18C4 19.7 5.3 21 7 21L17 21C18.7 21 20 19.7 20 18L20 12C20 10.3 18.7 9 17 9L16 9'),
+    stroke('M12 2.8L12 14.8M8.2 11L12 14.8L15.8 11'),
+  ),
+};
+
 /** [[path below resources/icons, content]...]. */
 export function drawIcons() {
   return [
@@ -227,5 +240,6 @@ export function drawIcons() {
     ...Object.entries(providers).map(([name, content]) => [`providers/${name}.svg`, content]),
     ...Object.entries(activities).map(([name, content]) => [`activity/${name}.svg`, content]),
     ...Object.entries(settings).map(([name, content]) => [`settings/${name}.svg`, content]),
+    ...Object.entries(onboarding).map(([name, content]) => [`onboarding/${name}.svg`, content]),
   ];
 }
