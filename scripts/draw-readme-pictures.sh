@@ -61,17 +61,18 @@ draw_gallery() {
   done
 }
 
-# The tests of the windows leave pictures of every page where they are told to.
+# The tests of the windows leave pictures of every page where they are told to. Kept are the two farthest apart, English on
+# light and Chinese on dark, and the whole of a page that scrolls.
 draw_windows() {
   local test
-  for test in settings_window_test onboarding_test; do
+  for test in settings_window_test onboarding-tests; do
     scripts/build.sh dev "$test" >/dev/null
-    NIBBO_PICTURES=$scratch/windows QT_QPA_PLATFORM=offscreen "build/dev/tests/$test" --gtest_filter='*Pictures*' >/dev/null
+    NIBBO_PICTURES=$scratch/windows QT_QPA_PLATFORM=offscreen "build/dev/tests/$test" --gtest_filter='*icture*' >/dev/null
   done
   local picture name
-  for picture in "$scratch"/windows/*@1.png; do
-    name=$(basename "$picture" @1.png)
-    convert "$picture" "${reduced[@]}" "$images/window-$name.png"
+  for picture in "$scratch"/windows/*-{en-light,zh-dark}@1.png "$scratch"/windows/*-en-light@1-whole.png; do
+    name=$(basename "$picture" .png)
+    convert "$picture" "${reduced[@]}" "$images/window-${name/@1/}.png"
   done
 }
 
