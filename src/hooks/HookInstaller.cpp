@@ -29,6 +29,11 @@ GeneratedFilesContext generatedContext(const HookEnvironment& environment)
     return {environment.paths.home(), environment.installPrefix, environment.platform};
 }
 
+QString removalMark(const AppPaths& paths)
+{
+    return paths.applicationSupport() + QStringLiteral("/hooks-removed");
+}
+
 /// What one operation works with. `begin` takes the lock and finishes what an interrupted operation left.
 class Operation final
 {
@@ -76,6 +81,13 @@ public:
         return m_environment.platform == LauncherPlatform::linuxDesktop
                    ? copyCleaner(home + QLatin1String(cleanerRelativePath))
                    : Result<void>();
+    }
+
+    Result<void> markRemoved() { return m_writer.replace(removalMark(m_environment.paths), {}, 0600); }
+    Result<void> unmarkRemoved()
+    {
+        const QString mark = removalMark(m_environment.paths);
+        return m_files.facts(mark) ? m_writer.remove(mark) : Result<void>();
     }
 
     using Step = std::function<Result<void>(const ProviderSpec&)>;
@@ -194,6 +206,8 @@ void unwireDisabled(Operation& operation, const HookInstaller& installer)
 
 Result<void> installInto(Operation& operation, const HookInstaller& installer)
 {
+    if (Result<void> unmarked = operation.unmarkRemoved(); !unmarked)
+        return unmarked;
     if (Result<void> launcher = operation.writeLauncher(); !launcher)
         return launcher;
     if (Result<void> begun = operation.backups().begin(); !begun)
@@ -250,6 +264,8 @@ Result<void> HookInstaller::uninstall()
         if (first)
             first = result;
     };
+    // First, so that a guardian that sees the files change does not put the hooks back.
+    note(operation.markRemoved());
     for (const ProviderSpec& spec : ProviderRegistry::all()) {
         if (!isShared(spec))
             note(operation.writerOf(spec).remove(spec));
@@ -272,6 +288,11 @@ Result<void> HookInstaller::uninstall()
     if (goBack && first)
         note(operation.backups().markRestored(*latest));
     return first;
+}
+
+bool HookInstaller::isRemoved() const
+{
+    return m_files.facts(removalMark(m_environment.paths)).has_value();
 }
 
 QMap<QString, bool> HookInstaller::status() const

@@ -63,6 +63,9 @@ public:
     /// Out of every provider; the files that were backed up come back as they were. Goes on after a failure
     /// and reports the first that left a provider wired.
     Result<void> uninstall();
+    /// Whether `uninstall` was the last word: until the next install nobody but the user's own start of the
+    /// application shall put the hooks back.
+    bool isRemoved() const;
     /// By provider id, for every provider of the registry.
     QMap<QString, bool> status() const;
     /// Writes the launcher again and installs when an enabled provider is not wired. Logs what came of it.

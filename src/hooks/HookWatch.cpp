@@ -117,7 +117,13 @@ void HookWatch::check()
     // As the check finds them: what changes from here on and is not watched is seen by the binding.
     for (auto file = m_files.begin(); file != m_files.end(); ++file)
         file.value() = versionOf(file.key());
-    const HookHealth health = m_makeInstaller().ensureHealthy();
+    HookInstaller installer = m_makeInstaller();
+    if (installer.isRemoved()) {
+        NibboLog::log(QStringLiteral("hook guardian: the hooks were removed on purpose, nothing to guard"));
+        bind();
+        return;
+    }
+    const HookHealth health = installer.ensureHealthy();
     if (health == HookHealth::repaired) {
         m_repairs.push_back(m_clock.now());
         if (m_repairs.size() == quarrel)

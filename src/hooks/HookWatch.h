@@ -7,7 +7,7 @@
 // 3. Then one check repairs what is missing, and the watches are bound again: a save by rename ends a watch,
 //    and files come and go.
 // 4. Where another program takes our entries out again and again, the delay grows, so that two programs do
-//    not write one file for ever.
+//    not write one file for ever. What the user removed on purpose stays removed.
 // Lives on the thread that made it, with that thread's scheduler; `HookGuardian` gives it one of its own.
 #pragma once
 

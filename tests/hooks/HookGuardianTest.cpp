@@ -153,6 +153,23 @@ TEST_F(HookWatchTest, aProgramThatKeepsTakingTheHooksOutIsMetLessOften)
     EXPECT_TRUE(home.logText().contains(QStringLiteral("another program keeps taking the hooks out")));
 }
 
+TEST_F(HookWatchTest, whatTheUserRemovedStaysRemovedUntilTheNextInstall)
+{
+    watch->start();
+    ASSERT_OK(home.installer().uninstall());
+    settle();
+    home.time.advance(Seconds(1));
+    EXPECT_TRUE(checks.isEmpty());
+    EXPECT_FALSE(home.installer().status().value(QStringLiteral("claude")));
+    EXPECT_TRUE(home.logText().contains(QStringLiteral("removed on purpose")));
+
+    ASSERT_OK(home.installer().install());
+    home.write("claude", bare);
+    settle();
+    home.time.advance(Seconds(1));
+    EXPECT_EQ(checks.last(), HookHealth::repaired);
+}
+
 TEST_F(HookWatchTest, withNothingToWatchItSaysSo)
 {
     home.enableOnly({QStringLiteral("cline")});
