@@ -87,7 +87,8 @@ void drawPill(QPainter& painter, const QRectF& place, const QColor& fill)
 {
     painter.setPen(Qt::NoPen);
     painter.setBrush(fill);
-    painter.drawRoundedRect(place, place.height() / 2, place.height() / 2);
+    const double radius = std::min(place.width(), place.height()) / 2;
+    painter.drawRoundedRect(place, radius, radius);
 }
 
 void drawCautionSign(QPainter& painter, const QRectF& square, const QColor& colour)
@@ -532,6 +533,7 @@ void ApprovalCard::drawCommand(QPainter& painter) const
     const double rowHeight = m_rows.rowHeight();
     const QRectF text(box.left() + commandInset, box.top() + commandInset, box.width() - 2 * commandInset,
                       m_geometry.visibleRows * rowHeight);
+    const double gutter = m_rows.wraps() ? wrapGutter : 2.0;
     painter.save();
     painter.setClipRect(text.adjusted(-1, -1, 1, 0));
     const int first = static_cast<int>(m_firstRow);
@@ -544,7 +546,7 @@ void ApprovalCard::drawCommand(QPainter& painter) const
             painter.drawPolyline(QPolygonF(
                 {{text.left() + 2, middle - 4}, {text.left() + 2, middle}, {text.left() + 6, middle}}));
         }
-        m_rows.draw(painter, row, QPointF(text.left() + wrapGutter, y), colours);
+        m_rows.draw(painter, row, QPointF(text.left() + gutter, y), colours);
     }
     painter.restore();
     if (m_geometry.footer.isEmpty())

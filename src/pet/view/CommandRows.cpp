@@ -168,6 +168,7 @@ CommandRows::CommandRows(const CommandDisplay& display, const QFont& font, doubl
     Wrapper wrapper(m_rows, widths, width);
     for (const CommandLine& line : display.lines)
         wrapper.line(line);
+    m_wraps = m_rows.size() > display.lines.size();
 }
 
 QString CommandRows::inCommandOrder(const QString& verbatim)

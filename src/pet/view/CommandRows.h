@@ -33,6 +33,8 @@ public:
 
     int count() const { return static_cast<int>(m_rows.size()); }
     const CommandRow& row(int index) const { return m_rows[static_cast<size_t>(index)]; }
+    /// At least one line took more than one row.
+    bool wraps() const { return m_wraps; }
     double rowHeight() const { return m_rowHeight; }
     void draw(QPainter& painter, int index, QPointF topLeft, const BubbleColours& colours) const;
 
@@ -43,6 +45,7 @@ public:
 private:
     std::vector<CommandRow> m_rows;
     QFont m_font;
+    bool m_wraps = false;
     double m_width = 0.0;
     double m_rowHeight = 0.0;
 };
