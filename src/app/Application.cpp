@@ -28,8 +28,9 @@
 #include "settings/SecretStore.h"
 #include "settings/view/SettingsServices.h"
 #include "settings/view/SettingsWindow.h"
+#include "settings/view/Theme.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QMenu>
 #include <QThreadPool>
 
@@ -167,6 +168,7 @@ void Application::start()
 void Application::connectPet()
 {
     const auto followDesktop = [this] {
+        followDesktopColours();
         const std::optional<bool> dark = m_desktop->prefersDark();
         m_bubblePresenter->setDesktopScheme(
             dark ? std::optional(*dark ? ColourScheme::dark : ColourScheme::light) : std::nullopt);
@@ -188,6 +190,14 @@ void Application::connectPet()
     connect(m_pet.get(), &PetViewModel::allowAllRequested, this, [this] {
         m_settings.change([](Settings& settings) { settings.approvalMode = ApprovalMode::allowAll; });
     });
+}
+
+void Application::followDesktopColours()
+{
+    // Not every desktop's palette reaches us; its word does.
+    QApplication::setPalette(QPalette());
+    if (m_desktop->prefersDark().value_or(false) && !theme::isDark(QApplication::palette()))
+        QApplication::setPalette(theme::darkDesktop());
 }
 
 void Application::connectEvents()

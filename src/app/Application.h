@@ -73,6 +73,7 @@ public:
 
 private:
     void connectPet();
+    void followDesktopColours();
     void connectEvents();
     void connectSettings();
     /// Any thread: what it reads of the settings is their snapshot.

@@ -24,8 +24,7 @@ InstallQuestion installQuestion(const HookInstaller& installer, AppLanguage lang
                                u"Backups，你随时可在设置里移除桥接。即使 Nibbo "
                                u"关闭，你的 CLI 仍可正常工作（桥接失败时放行）。");
     return {text(language, u"Install Nibbo hook bridge?", u"安装 Nibbo hook 桥接？"),
-            before + files.join(QLatin1Char('\n')) + after, text(language, u"Install", u"安装"),
-            text(language, u"Cancel", u"取消")};
+            before + files.join(QLatin1Char('\n')) + after, text(language, u"Install", u"安装")};
 }
 
 } // namespace nibbo

@@ -14,7 +14,6 @@ struct InstallQuestion
     QString title;
     QString message;
     QString agree;
-    QString cancel;
 };
 
 /// Lists the files of the enabled providers.

@@ -13,6 +13,7 @@
 #include "platform/null/NullPlatform.h"
 #include "sessions/AgentSessionStore.h"
 #include "sessions/SmartSummarizer.h"
+#include "settings/view/Theme.h"
 #include "support/ManualTime.h"
 #include "support/Wait.h"
 
@@ -185,6 +186,26 @@ TEST_F(OnboardingTest, leadsToTheEndByKeyboardAndThenSetsItsFlag)
     }
     EXPECT_TRUE(isCompleted());
     EXPECT_TRUE(test::waitFor([&] { return view.isNull(); }));
+}
+
+TEST_F(OnboardingTest, tabReachesEverythingInTheOrderOfReading)
+{
+    OnboardingView& view = openAgents();
+    QStringList reached;
+    for (qsizetype i = 0; i < static_cast<qsizetype>(ProviderRegistry::all().size()) + 4; ++i) {
+        press(view, Qt::Key_Tab);
+        const QWidget* const at = view.focusWidget();
+        reached += at->objectName() == s(u"enable") ? at->parentWidget()->objectName() : at->objectName();
+    }
+    QStringList expected;
+    for (const ProviderSpec& spec : ProviderRegistry::all())
+        expected += spec.id;
+    expected << s(u"detect") << s(u"install") << s(u"back") << s(u"forward");
+    EXPECT_EQ(reached, expected);
+
+    press(view, Qt::Key_Tab);
+    press(view, Qt::Key_Space);
+    EXPECT_FALSE(settings.isEnabled(s(u"claude")));
 }
 
 TEST_F(OnboardingTest, goesBackAndForward)
@@ -509,14 +530,6 @@ QStringList clippedTexts(const QWidget& in)
     return clipped;
 }
 
-QPalette darkPalette()
-{
-    QPalette dark(QColor(0x2b, 0x2d, 0x33), QColor(0x2b, 0x2d, 0x33));
-    dark.setColor(QPalette::Base, QColor(0x1f, 0x20, 0x25));
-    dark.setColor(QPalette::Button, QColor(0x3a, 0x3d, 0x45));
-    return dark;
-}
-
 TEST_F(OnboardingTest, noTextIsClippedAndEveryControlHasAName)
 {
     const QFont ordinary = QApplication::font();
@@ -562,7 +575,7 @@ TEST_F(OnboardingTest, pictures)
     for (const char16_t* id : {u"opencode", u"qwen", u"qoder", u"codebuddy", u"kimi"})
         settings.setStatus(s(id), AgentStatus::notFound);
     for (const char16_t* theme : {u"light", u"dark"}) {
-        QApplication::setPalette(s(theme) == s(u"dark") ? darkPalette() : QPalette());
+        QApplication::setPalette(s(theme) == s(u"dark") ? theme::darkDesktop() : QPalette());
         for (const AppLanguage language : {AppLanguage::en, AppLanguage::zh}) {
             settings.change([&](Settings& value) { value.language = language; });
             OnboardingView& view = open();

@@ -6,11 +6,10 @@
 #include "base/NibboLog.h"
 #include "hooks/InstallQuestion.h"
 #include "settings/view/Aside.h"
+#include "settings/view/Boxes.h"
 #include "settings/view/Theme.h"
 
 #include <QHBoxLayout>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -147,17 +146,9 @@ void AgentIntegrationPage::askToInstall()
 {
     if (m_bridge == Bridge::installing)
         return;
-    const InstallQuestion asked = installQuestion(services().installer(), language());
-    QMessageBox* const question = openableBox(asked.title, asked.message);
-    question->setObjectName(QStringLiteral("installQuestion"));
-    QPushButton* const agreed = question->addButton(asked.agree, QMessageBox::AcceptRole);
-    agreed->setObjectName(QStringLiteral("agree"));
-    QPushButton* const cancel = question->addButton(asked.cancel, QMessageBox::RejectRole);
-    cancel->setObjectName(QStringLiteral("cancel"));
-    question->setEscapeButton(cancel);
-    question->setDefaultButton(agreed);
-    connect(agreed, &QPushButton::clicked, this, &AgentIntegrationPage::installBridge);
-    question->open();
+    const InstallQuestion question = installQuestion(services().installer(), language());
+    askUser(this, QStringLiteral("installQuestion"), {question.title, question.message}, question.agree,
+            language(), [this] { installBridge(); });
 }
 
 void AgentIntegrationPage::installBridge()
@@ -177,14 +168,10 @@ void AgentIntegrationPage::installBridge()
         [this](const Result<void>& done) {
             const bool isAsChosen = m_installedFor == settings().current().enabled;
             setBridge(done && isAsChosen ? Bridge::installed : Bridge::notInstalled);
-            if (done)
-                return;
-            QMessageBox* const notice =
-                openableBox(say(u"Could not install hook bridge", u"无法安装 hook 桥接"), done.error());
-            notice->setObjectName(QStringLiteral("installFailure"));
-            notice->setIcon(QMessageBox::Warning);
-            notice->addButton(say(u"OK", u"好"), QMessageBox::AcceptRole);
-            notice->open();
+            if (!done)
+                tellUser(this, QStringLiteral("installFailure"),
+                         {say(u"Could not install hook bridge", u"无法安装 hook 桥接"), done.error()},
+                         language());
         });
 }
 

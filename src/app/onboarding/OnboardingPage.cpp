@@ -2,7 +2,6 @@
 
 #include "settings/view/Theme.h"
 
-#include <QMessageBox>
 #include <QStyle>
 #include <QVBoxLayout>
 
@@ -33,21 +32,6 @@ void OnboardingPage::setHeading(const QString& title, const QString& subtitle)
     m_subtitle->setText(subtitle);
     setAccessibleName(title);
     setAccessibleDescription(subtitle);
-}
-
-QMessageBox* OnboardingPage::openableBox(const QString& title, const QString& message)
-{
-    auto* const made = new QMessageBox(window());
-    made->setAttribute(Qt::WA_DeleteOnClose);
-    made->setWindowTitle(QStringLiteral("Nibbo"));
-    made->setTextFormat(Qt::PlainText);
-    made->setText(title);
-    made->setInformativeText(message);
-    if (auto* const label = made->findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
-        label->setFont(theme::heading(1.1));
-    if (auto* const label = made->findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel")))
-        label->setTextFormat(Qt::PlainText);
-    return made;
 }
 
 bool reducesMotion(const SettingsServices& services, const QWidget& widget)

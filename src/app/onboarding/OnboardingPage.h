@@ -6,7 +6,6 @@
 
 #include <QWidget>
 
-class QMessageBox;
 class QVBoxLayout;
 
 namespace nibbo {
@@ -46,8 +45,6 @@ protected:
     /// Title and subtitle, centred.
     void addHeading(QVBoxLayout& column);
     void setHeading(const QString& title, const QString& subtitle);
-    /// A box of its own, shown without waiting and gone when it is closed. Texts are plain.
-    QMessageBox* openableBox(const QString& title, const QString& message);
 
 private:
     Context m_context;

@@ -15,6 +15,7 @@
 
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace nibbo {
 namespace {
@@ -74,35 +75,50 @@ protected:
             QWidget::timerEvent(event);
     }
 
+    void changeEvent(QEvent* event) override
+    {
+        QWidget::changeEvent(event);
+        if (event->type() == QEvent::PaletteChange)
+            m_light = QPixmap();
+    }
+
     void paintEvent(QPaintEvent*) override
     {
         QPainter painter(this);
         painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
         const double since = m_timer.isActive() ? static_cast<double>(m_shown.elapsed()) : -1;
         const QPointF middle = QRectF(rect()).center();
-        drawLight(painter, middle);
+        drawLight(painter);
         drawMascot(painter, middle, since);
     }
 
 private:
-    void drawLight(QPainter& painter, QPointF middle) const
+    /// Drawn once for a palette and a screen.
+    void drawLight(QPainter& painter)
     {
-        QColor colour = palette().color(QPalette::Active, QPalette::Highlight);
-        const double reach = height() / 2.0;
-        QRadialGradient light(QPointF(0, 0), reach);
-        colour.setAlphaF(theme::isDark(palette()) ? 0.32F : 0.20F);
-        light.setColorAt(0.0, colour);
-        colour.setAlphaF(theme::isDark(palette()) ? 0.16F : 0.10F);
-        light.setColorAt(0.55, colour);
-        colour.setAlphaF(0.0F);
-        light.setColorAt(1.0, colour);
-        painter.save();
-        painter.translate(middle);
-        painter.scale(width() / 2.0 / reach, 1);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(light);
-        painter.drawEllipse(QPointF(0, 0), reach, reach);
-        painter.restore();
+        const double ratio = devicePixelRatioF();
+        if (m_light.isNull() || m_light.devicePixelRatioF() != ratio) {
+            m_light = QPixmap(size() * ratio);
+            m_light.setDevicePixelRatio(ratio);
+            m_light.fill(Qt::transparent);
+            QColor colour = palette().color(QPalette::Active, QPalette::Highlight);
+            const float strength = theme::isDark(palette()) ? 0.32F : 0.20F;
+            const double reach = height() / 2.0;
+            QRadialGradient light(QPointF(0, 0), reach);
+            for (const auto& [at, share] :
+                 {std::pair(0.0, 1.0F), std::pair(0.55, 0.5F), std::pair(1.0, 0.0F)}) {
+                colour.setAlphaF(strength * share);
+                light.setColorAt(at, colour);
+            }
+            QPainter brush(&m_light);
+            brush.setRenderHint(QPainter::Antialiasing);
+            brush.translate(QRectF(rect()).center());
+            brush.scale(width() / 2.0 / reach, 1);
+            brush.setPen(Qt::NoPen);
+            brush.setBrush(light);
+            brush.drawEllipse(QPointF(0, 0), reach, reach);
+        }
+        painter.drawPixmap(0, 0, m_light);
     }
 
     void drawMascot(QPainter& painter, QPointF middle, double since)
@@ -134,6 +150,7 @@ private:
     const SettingsServices& m_services;
     QSvgRenderer m_renderer;
     QPixmap m_picture;
+    QPixmap m_light;
     QElapsedTimer m_shown;
     QBasicTimer m_timer;
 };

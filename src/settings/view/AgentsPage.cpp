@@ -1,6 +1,7 @@
 #include "settings/view/AgentsPage.h"
 
 #include "agents/ProviderRegistry.h"
+#include "hooks/InstallQuestion.h"
 #include "settings/view/AgentFacts.h"
 #include "settings/view/Aside.h"
 #include "settings/view/Theme.h"
@@ -297,24 +298,11 @@ QString AgentsPage::fileLines(const std::function<bool(const ProviderSpec&)>& wh
 
 void AgentsPage::askInstall()
 {
-    const QString files =
-        fileLines([this](const ProviderSpec& spec) { return settings().isEnabled(spec.id); });
-    ask("askInstall", text(language(), u"Install Nibbo hook bridge?", u"安装 Nibbo hook 桥接？"),
-        text(language(), u"This backs up, then modifies the configs for your enabled agents:\n",
-             u"将先备份、再修改已启用 agent 的配置：\n") +
-            files +
-            text(
-                language(),
-                u"\n\nA timestamped backup is saved under Nibbo's Application Support → Backups, and you can "
-                u"remove the bridge anytime from Settings. Your CLIs keep working even when Nibbo is closed "
-                u"(the bridge fails open).",
-                u"\n\n带时间戳的备份保存在 Nibbo 的 Application Support → "
-                u"Backups，你随时可在设置里移除桥接。即使 Nibbo 关闭，你的 CLI "
-                u"仍可正常工作（桥接失败时放行）。"),
-        text(language(), u"Install", u"安装"), [this] {
-            work([](HookInstaller& installer) { return installer.install(); },
-                 {u"Could not install hook bridge", u"无法安装 hook 桥接"});
-        });
+    const InstallQuestion question = installQuestion(services().installer(), language());
+    ask("askInstall", question.title, question.message, question.agree, [this] {
+        work([](HookInstaller& installer) { return installer.install(); },
+             {u"Could not install hook bridge", u"无法安装 hook 桥接"});
+    });
 }
 
 void AgentsPage::askRemove()

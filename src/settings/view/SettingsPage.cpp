@@ -1,11 +1,11 @@
 #include "settings/view/SettingsPage.h"
 
+#include "settings/view/Boxes.h"
 #include "settings/view/Theme.h"
 
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QSlider>
 #include <QVBoxLayout>
@@ -203,42 +203,15 @@ QSlider* SettingsPage::percentage(SettingsGroup& group, const char* name, Wordin
     return slider;
 }
 
-QMessageBox* SettingsPage::box(const QString& title, const QString& message)
-{
-    auto* const made = new QMessageBox(window());
-    made->setAttribute(Qt::WA_DeleteOnClose);
-    made->setWindowTitle(QStringLiteral("Nibbo"));
-    made->setTextFormat(Qt::PlainText);
-    made->setText(title);
-    made->setInformativeText(message);
-    if (auto* const label = made->findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel")))
-        label->setTextFormat(Qt::PlainText);
-    return made;
-}
-
 void SettingsPage::ask(const char* name, const QString& title, const QString& message, const QString& agree,
                        std::function<void()> yes)
 {
-    QMessageBox* const question = box(title, message);
-    question->setObjectName(QLatin1String(name));
-    QPushButton* const agreed = question->addButton(agree, QMessageBox::AcceptRole);
-    agreed->setObjectName(QStringLiteral("agree"));
-    QPushButton* const cancel =
-        question->addButton(text(language(), u"Cancel", u"取消"), QMessageBox::RejectRole);
-    cancel->setObjectName(QStringLiteral("cancel"));
-    question->setEscapeButton(cancel);
-    question->setDefaultButton(cancel);
-    connect(agreed, &QPushButton::clicked, this, std::move(yes));
-    question->open();
+    askUser(this, QLatin1String(name), {title, message}, agree, language(), std::move(yes));
 }
 
 void SettingsPage::tell(const char* name, const QString& title, const QString& message)
 {
-    QMessageBox* const notice = box(title, message);
-    notice->setObjectName(QLatin1String(name));
-    notice->addButton(text(language(), u"OK", u"好"), QMessageBox::AcceptRole)
-        ->setObjectName(QStringLiteral("ok"));
-    notice->open();
+    tellUser(this, QLatin1String(name), {title, message}, language());
 }
 
 void SettingsPage::tellFailure(const QString& title, const QString& why)

@@ -14,7 +14,6 @@
 
 class QFileDialog;
 class QLabel;
-class QMessageBox;
 class QPushButton;
 class QSlider;
 class QSpinBox;
@@ -92,8 +91,6 @@ protected:
     void guardWheel(QWidget* control) { control->installEventFilter(&m_context.wheelGuard); }
 
 private:
-    QMessageBox* box(const QString& title, const QString& message);
-
     Context m_context;
     Wording m_heading;
     AppLanguage m_shownLanguage;

@@ -75,6 +75,14 @@ QPalette palette(const QPalette& desktop, const QString& themeColor)
     return result;
 }
 
+QPalette darkDesktop()
+{
+    const QColor window(0x2b, 0x2d, 0x33);
+    QPalette dark(QColor(0x3a, 0x3d, 0x45), window);
+    dark.setColor(QPalette::Base, QColor(0x1f, 0x20, 0x25));
+    return dark;
+}
+
 QColor raised(const QPalette& palette)
 {
     return isDark(palette)

@@ -20,6 +20,9 @@ QColor accent(const QString& themeColor, const QPalette& palette);
 QPalette palette(const QPalette& desktop, const QString& themeColor);
 
 /// What groups of settings lie on.
+/// Where the desktop says dark and its palette does not.
+QPalette darkDesktop();
+
 QColor raised(const QPalette& palette);
 QColor hairline(const QPalette& palette);
 QColor sidebar(const QPalette& palette);
