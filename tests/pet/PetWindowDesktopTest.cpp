@@ -166,10 +166,13 @@ struct Desk
         } filter;
         pet->window().findChild<PetPointerArea*>()->installEventFilter(&filter);
         const int before = below.presses;
-        click(global);
-        if (!waitFor([&] { return filter.presses > 0 || below.presses > before; }))
-            return Taker::nobody;
-        return filter.presses > 0 ? Taker::pet : Taker::below;
+        // While a window manager puts a window up, its frame may swallow a click.
+        for (int attempt = 0; attempt < 6; ++attempt) {
+            click(global);
+            if (waitFor([&] { return filter.presses > 0 || below.presses > before; }, 5000))
+                return filter.presses > 0 ? Taker::pet : Taker::below;
+        }
+        return Taker::nobody;
     }
     bool fallsThrough(QPoint global) { return takerOfClick(global) == Taker::below; }
     bool takesClick(QPoint global) { return takerOfClick(global) == Taker::pet; }
@@ -192,17 +195,18 @@ struct Desk
         return x && y ? std::optional(ScreenPoint{*x, *y}) : std::nullopt;
     }
 
-    /// By hand: press, a few moves, release. The way counts from where the drag is felt as one.
+    /// By hand: press, a few moves, release. The way counts from where the drag is felt as one, so that has
+    /// to be waited for.
     void drag(QPoint from, QPoint to)
     {
         const QPoint felt(6, 0);
-        QStringList commands = at(from) + QStringList{QStringLiteral("mousedown"), QStringLiteral("1")};
-        for (int i = 0; i <= 6; ++i)
+        pointer(at(from) + QStringList{QStringLiteral("mousedown"), QStringLiteral("1")} + at(from + felt));
+        EXPECT_TRUE(waitFor([this] { return model.state() == PetState::dragging; }));
+        QStringList commands;
+        for (int i = 1; i <= 6; ++i)
             commands += at(from + felt + (to - from) * i / 6) +
                         QStringList{QStringLiteral("sleep"), QStringLiteral("0.03")};
-        pointer(commands);
-        EXPECT_TRUE(waitFor([this] { return model.state() == PetState::dragging; }));
-        pointer({QStringLiteral("mouseup"), QStringLiteral("1")});
+        pointer(commands + QStringList{QStringLiteral("mouseup"), QStringLiteral("1")});
     }
 };
 
