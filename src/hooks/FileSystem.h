@@ -58,7 +58,6 @@ public:
     virtual Result<void> makeDirectory(const QString& path) = 0;
     /// Makes the file anew; what was there before, a link too, goes. `mode` holds whatever the umask is.
     virtual Result<void> create(const QString& path, const QByteArray& content, mode_t mode) = 0;
-    virtual Result<void> setMode(const QString& path, mode_t mode) = 0;
     /// Atomic; replaces what is at `to`.
     virtual Result<void> rename(const QString& from, const QString& to) = 0;
     /// A file or a symbolic link; one that is not there is a success.

@@ -202,13 +202,6 @@ Result<void> PosixFileSystem::create(const QString& path, const QByteArray& cont
     return {};
 }
 
-Result<void> PosixFileSystem::setMode(const QString& path, mode_t mode)
-{
-    if (::chmod(QFile::encodeName(path).constData(), mode) != 0)
-        return failed("set the mode of", path);
-    return {};
-}
-
 Result<void> PosixFileSystem::rename(const QString& from, const QString& to)
 {
     if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0)

@@ -15,7 +15,6 @@ public:
 
     Result<void> makeDirectory(const QString& path) override;
     Result<void> create(const QString& path, const QByteArray& content, mode_t mode) override;
-    Result<void> setMode(const QString& path, mode_t mode) override;
     Result<void> rename(const QString& from, const QString& to) override;
     Result<void> remove(const QString& path) override;
     Result<void> reserve(const QString& path, qint64 size) override;

@@ -44,10 +44,6 @@ public:
             static_cast<bool>(PosixFileSystem::create(path, content.left(content.size() / 2), mode));
         return no(path);
     }
-    Result<void> setMode(const QString& path, mode_t mode) override
-    {
-        return strikes() ? no(path) : PosixFileSystem::setMode(path, mode);
-    }
     Result<void> rename(const QString& from, const QString& to) override
     {
         return strikes() ? no(to) : PosixFileSystem::rename(from, to);
