@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agents/ProviderRegistry.h"
 #include "base/AtomicFile.h"
 #include "base/ShippedFiles.h"
 #include "hooks/PosixFileSystem.h"
@@ -116,8 +117,11 @@ protected:
     /// The question that is open; null when there is none.
     QMessageBox* question(const char* name)
     {
-        auto* const found = controller.window()->findChild<QMessageBox*>(QLatin1String(name));
-        return found != nullptr && found->isVisible() ? found : nullptr;
+        for (auto* each : controller.window()->findChildren<QMessageBox*>(QLatin1String(name))) {
+            if (each->isVisible())
+                return each;
+        }
+        return nullptr;
     }
     void answer(const char* name, const char* with)
     {

@@ -101,7 +101,9 @@ void PetPage::addGallery()
     column->addWidget(m_gallery);
     column->addWidget(m_missing);
     column->addWidget(m_progress);
-    column->addWidget(buttons({image, import, save, m_delete}));
+    QWidget* const actions = buttons({image, import, save, m_delete});
+    actions->setContentsMargins(4, 0, 4, 0);
+    column->addWidget(actions);
     pets->add(body);
     note({u"Drop a picture, a pack folder or a ZIP file anywhere on this page. The template is a pack to "
           u"start your "

@@ -7,6 +7,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSlider>
 #include <QVBoxLayout>
 
@@ -59,6 +60,11 @@ SettingsPage::SettingsPage(const Context& context, Wording heading)
         for (const auto& show : m_controls)
             show(settings().current());
     });
+}
+
+QSize SettingsPage::minimumSizeHint() const
+{
+    return {widget()->minimumSizeHint().width() + verticalScrollBar()->sizeHint().width(), 300};
 }
 
 void SettingsPage::onLanguage(std::function<void()> tell)

@@ -45,6 +45,9 @@ public:
 
     SettingsPage(const Context& context, Wording heading);
 
+    /// Nothing scrolls sideways, so a page is never narrower than what is on it.
+    QSize minimumSizeHint() const override;
+
     QString title() const { return m_heading.title.in(language()); }
 
 protected:

@@ -13,9 +13,11 @@
 
 #include <QApplication>
 #include <QHBoxLayout>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPainter>
 #include <QShortcut>
+#include <QSpinBox>
 #include <QStackedWidget>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
@@ -159,10 +161,11 @@ public:
         QObject::connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this,
                          &QWidget::close);
 
+        giveFieldsRoom();
         retranslate();
         showPage(SettingsPageId::general);
         resize(800, 580);
-        setMinimumSize(660, 420);
+        setMinimumHeight(420);
         m_sidebar->setFocus();
     }
 
@@ -191,6 +194,20 @@ protected:
     }
 
 private:
+    /// As tall as the buttons beside them.
+    void giveFieldsRoom()
+    {
+        const auto grow = [](QWidget* field) { field->setMinimumHeight(field->fontMetrics().height() + 12); };
+        for (QComboBox* box : findChildren<QComboBox*>())
+            grow(box);
+        for (QSpinBox* box : findChildren<QSpinBox*>())
+            grow(box);
+        for (QLineEdit* field : findChildren<QLineEdit*>()) {
+            if (qobject_cast<QSpinBox*>(field->parentWidget()) == nullptr)
+                grow(field);
+        }
+    }
+
     void applyTheme()
     {
         setPalette(theme::palette(QApplication::palette(), m_services.settings.current().themeColor));
