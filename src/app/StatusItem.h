@@ -3,6 +3,7 @@
 #include <QMenu>
 #include <QObject>
 #include <QSystemTrayIcon>
+#include <QTimer>
 
 #include <memory>
 
@@ -26,12 +27,17 @@ public:
 Q_SIGNALS:
     void activated();
 
+private Q_SLOTS:
+    void askForHost();
+
 private:
     void show();
+    void lookForOldTray();
 
     PetMenuController& m_controller;
     QIcon m_icon;
     QMenu m_menu;
+    QTimer m_look;
     std::unique_ptr<QSystemTrayIcon> m_item;
 };
 
