@@ -4,7 +4,7 @@ set -eu
 cd "$(dirname "$0")/.."
 scripts/build.sh release
 for benchmark in build/release/benchmarks/*; do
-  [ -f "$benchmark" ] && [ -x "$benchmark" ] || continue
+  if [ ! -f "$benchmark" ] || [ ! -x "$benchmark" ]; then continue; fi
   name=$(basename "$benchmark")
   case " $* " in
     *" $name "*|"  ") ;;
