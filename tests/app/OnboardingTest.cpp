@@ -598,7 +598,6 @@ TEST_F(OnboardingTest, pictures)
                             .save(pictures + s(u"/onboarding-question-") + s(theme) +
                                   s(language == AppLanguage::zh ? u"-zh.png" : u"-en.png")));
             box(view, u"installQuestion")->findChild<QAbstractButton*>(s(u"agree"))->click();
-            save(s(u"installing"));
             ASSERT_TRUE(
                 test::waitFor([&] { return view.findChild<QWidget*>(s(u"installed"))->isVisible(); }));
             save(s(u"installed"));

@@ -2,6 +2,8 @@
 
 #include "settings/view/Theme.h"
 
+#include <QApplication>
+#include <QIcon>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -11,10 +13,16 @@
 namespace nibbo {
 namespace {
 
+constexpr int pictureSide = 48;
+
 QMessageBox* plainBox(const QWidget* over, const QString& name, const BoxTexts& texts)
 {
     auto* const box = new QMessageBox(over->window());
     box->setAttribute(Qt::WA_DeleteOnClose);
+    // A window takes neither of them over from its parent.
+    box->setPalette(over->window()->palette());
+    box->setFont(theme::textFont());
+    box->setIconPixmap(QApplication::windowIcon().pixmap(pictureSide));
     box->setObjectName(name);
     box->setWindowTitle(QStringLiteral("Nibbo"));
     box->setTextFormat(Qt::PlainText);
