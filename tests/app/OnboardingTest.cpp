@@ -1,11 +1,11 @@
 #include "app/onboarding/OnboardingWindowController.h"
 
 #include "agents/ProviderRegistry.h"
+#include "app/ShareFolder.h"
 #include "app/onboarding/OnboardingAgentRow.h"
 #include "app/onboarding/OnboardingView.h"
 #include "app/onboarding/PetSelectionPage.h"
 #include "base/AppPaths.h"
-#include "base/ShippedFiles.h"
 #include "hooks/InstallQuestion.h"
 #include "hooks/PosixFileSystem.h"
 #include "pet/PetViewModel.h"
@@ -54,7 +54,7 @@ protected:
         , paths(home, folder.filePath(QStringLiteral("config")))
         , defaults(paths.preferencesFile())
         , settings(defaults)
-        , packs(paths, shippedFolder(s(u"pets")))
+        , packs(paths, shareFolder() + s(u"/pets"))
         , summarizer(settings, secrets, time, time)
         , pet(time, time, random, [this]() -> const Settings& { return settings.current(); })
         , sessions(pet, time, time, random,
@@ -483,7 +483,7 @@ TEST_F(OnboardingTest, petSources)
     ASSERT_TRUE(settings.current().customPetPath.has_value());
     EXPECT_TRUE(settings.current().customPetPath->startsWith(paths.customPetsDirectory()));
 
-    selection.import(shippedFolder(s(u"pets/furli")));
+    selection.import(shareFolder() + s(u"/pets/furli"));
     ASSERT_TRUE(test::waitFor([&] { return settings.current().petSource == PetSource::pack; }));
     EXPECT_EQ(checked(), QStringList{s(u"pack")});
     EXPECT_NE(textOf(selection, u"petName"), s(u"Nibbo"));

@@ -1,7 +1,7 @@
 // What the pet is drawn from, and how a frame is put on the screen.
 #include "pet/view/pictures/PetPictures.h"
+#include "app/ShareFolder.h"
 #include "base/Random.h"
-#include "base/ShippedFiles.h"
 #include "pet/PetLayout.h"
 #include "pet/PetViewModel.h"
 #include "pet/view/PetView.h"
@@ -198,7 +198,7 @@ TEST(PetPictures, drawsEachFrameOnceForEachSizeAndScale)
 /// What is shipped is whole: every state moves, in every colour.
 TEST(PetPictures, theOfficialPetHasEveryAnimation)
 {
-    PetPictures pictures(shippedFolder(QStringLiteral("pets/nibbo")));
+    PetPictures pictures(shareFolder() + QStringLiteral("/pets/nibbo"));
     for (const PetState state : allPetStates()) {
         EXPECT_GE(pictures.frameCount(state), 6) << qPrintable(rawValue(state));
         EXPECT_FALSE(pictures.frame(state, 0).isNull()) << qPrintable(rawValue(state));

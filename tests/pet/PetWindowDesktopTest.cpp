@@ -1,7 +1,7 @@
 // The pet's window under a real pointer, on a real X server with a window manager and a compositor.
+#include "app/ShareFolder.h"
 #include "approval/ApprovalPrompt.h"
 #include "base/Random.h"
-#include "base/ShippedFiles.h"
 #include "pet/PetViewModel.h"
 #include "pet/view/BubblePresenter.h"
 #include "pet/view/BubbleView.h"
@@ -109,8 +109,9 @@ struct Desk
         auto owned = std::make_unique<BubbleView>(clock, scheduler);
         bubble = owned.get();
         presenter = std::make_unique<BubblePresenter>(*bubble, model, settings);
-        pet = std::make_unique<PetWindowController>(
-            model, settings, clock, scheduler, shippedFolder(QStringLiteral("pets/nibbo")), std::move(owned));
+        pet = std::make_unique<PetWindowController>(model, settings, clock, scheduler,
+                                                    shareFolder() + QStringLiteral("/pets/nibbo"),
+                                                    std::move(owned));
         pet->showPet();
         ASSERT_TRUE(
             waitFor([this] { return property("_NET_WM_DESKTOP").contains(QLatin1String("4294967295")); }));

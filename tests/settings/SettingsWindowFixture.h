@@ -1,8 +1,8 @@
 #pragma once
 
 #include "agents/ProviderRegistry.h"
+#include "app/ShareFolder.h"
 #include "base/AtomicFile.h"
-#include "base/ShippedFiles.h"
 #include "hooks/PosixFileSystem.h"
 #include "pet/PetViewModel.h"
 #include "pet/packs/PackLibrary.h"
@@ -69,7 +69,7 @@ protected:
         , sessions(pet, time, time, random,
                    {[this]() -> const Settings& { return settings.current(); }, [](const AgentEvent&) {},
                     [](const QUuid&) {}, nullptr})
-        , packs(paths, shippedFolder(QStringLiteral("pets")))
+        , packs(paths, shareFolder() + QStringLiteral("/pets"))
         , summarizer(settings, secrets, time, time)
         , controller({settings, sessions, packs, summarizer, secrets, paths, [this] { return installer(); },
                       [this] { ++detections; },
