@@ -93,6 +93,8 @@ PetGallery::PetGallery(QWidget* parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setDragEnabled(false);
+    setAcceptDrops(false);
+    viewport()->setAcceptDrops(false);
     viewport()->setAutoFillBackground(false);
     connect(this, &QListWidget::itemSelectionChanged, this, [this] {
         if (const QString id = chosen(); !id.isEmpty())

@@ -61,8 +61,9 @@ QStringList droppedFiles(const QMimeData& data)
 PetPage::PetPage(const Context& context)
     : SettingsPage(context, {{u"Pet", u"宠物"}, {u"Who keeps you company.", u"谁来陪你。"}})
 {
-    setAcceptDrops(true);
     addGallery();
+    // A scroll area hears of drops through its viewport alone.
+    viewport()->setAcceptDrops(true);
     SettingsGroup* const motion = group({u"Size and motion", u"大小与动作"});
     percentage(*motion, "petSizeScale", {{u"Size", u"大小"}}, &Settings::petSizeScale, 50, 200);
     percentage(*motion, "animationSpeed", {{u"Animation speed", u"动画速度"}}, &Settings::animationSpeed, 25,
