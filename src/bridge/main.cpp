@@ -25,8 +25,8 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-// Hooks that do not wait for a decision are killed after five seconds.
-constexpr auto payloadLimit = 4s;
+// How long the payload may stand still. Hooks that do not wait for a decision are killed after five seconds.
+constexpr auto payloadPause = 4s;
 // An application that is well acknowledges at once; one that is not must not hold up the agent.
 constexpr auto acknowledgeLimit = 250ms;
 constexpr auto crowdingLimit = 3s;
@@ -78,11 +78,10 @@ std::optional<Payload> readPayload(const AgentWatch& watch, bool whole)
 {
     constexpr std::size_t chunkBytes = 65536;
     const auto buffer = std::make_unique<char[]>(chunkBytes);
-    const auto deadline = Clock::now() + payloadLimit;
     PayloadReader reader(whole ? PayloadReader::wholeLineBytes : PayloadReader::shownBytes);
     while (!reader.finished()) {
         // Readable at once in nearly every case; the watch is for an agent that never closes the pipe.
-        if (watch.waitReadable(STDIN_FILENO, deadline) != WaitResult::readable)
+        if (watch.waitReadable(STDIN_FILENO, Clock::now() + payloadPause) != WaitResult::readable)
             break;
         const ssize_t got = ::read(STDIN_FILENO, buffer.get(), chunkBytes);
         if (got < 0 && errno == EINTR)
