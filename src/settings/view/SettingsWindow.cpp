@@ -16,6 +16,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPainter>
+#include <QScreen>
 #include <QShortcut>
 #include <QSpinBox>
 #include <QStackedWidget>
@@ -243,8 +244,12 @@ SettingsWindowController::~SettingsWindowController() = default;
 
 void SettingsWindowController::show(std::optional<SettingsPageId> page)
 {
-    if (!m_window)
+    if (!m_window) {
         m_window = std::make_unique<SettingsWindow>(m_services, m_aside);
+        // Window managers left to themselves put it into a corner.
+        const QRect area = m_window->screen()->availableGeometry();
+        m_window->move(area.center() - m_window->rect().center());
+    }
     if (page)
         m_window->showPage(*page);
     m_window->setWindowState(m_window->windowState() & ~Qt::WindowMinimized);
