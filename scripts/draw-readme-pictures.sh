@@ -43,7 +43,7 @@ draw_demo() {
 
   # Four moments side by side, two of them on a dark wallpaper.
   local pieces=() ground=$light second
-  for second in 110 310 490 830; do
+  for second in 102 310 485 830; do
     [ "$second" -lt 400 ] || ground=$dark
     convert "$(between "$second" $((second + 5)) | head -1)" -background "$ground" -gravity South \
       -extent 320x350 -alpha remove -alpha off "$scratch/moment-$second.png"
