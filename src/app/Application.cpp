@@ -243,11 +243,7 @@ SettingsServices Application::services()
         [this] { detectAgents(); },
         [this](std::function<void(const QString&)> answer) { runDoctor(std::move(answer)); },
         [this] { showOnboarding(); },
-        [this](const QString& providerId) {
-            const ProviderSpec* const spec = ProviderRegistry::spec(providerId);
-            return spec != nullptr ? lastEvents(m_options.paths.agentLogFile()).value(spec->title)
-                                   : QString();
-        }};
+        [log = m_options.paths.agentLogFile()] { return lastEvents(log); }};
     made.reducesMotion = [this] { return m_desktop->reducesMotion(); };
     return made;
 }

@@ -235,7 +235,8 @@ TEST_F(SettingsPagesTest, agentsShowStatusLastEventAndDetection)
     EXPECT_TRUE(text("state.kimi").startsWith(QStringLiteral("Not looked for yet")));
     settings.setStatus(QStringLiteral("kimi"), AgentStatus::notFound);
     EXPECT_TRUE(text("state.kimi").startsWith(QStringLiteral("Not found on this computer")));
-    EXPECT_EQ(text("last.claude"), QStringLiteral("Last event: 10:42:07 Running tests"));
+    EXPECT_TRUE(
+        waitFor([&] { return text("last.claude") == QStringLiteral("Last event: 2026-11-21 10:42:07"); }));
     EXPECT_FALSE(part<QLabel>("last.codex").isVisible());
     click("runDetection");
     EXPECT_EQ(detections, 1);

@@ -74,18 +74,13 @@ protected:
         , controller({settings, sessions, packs, summarizer, secrets, paths, [this] { return installer(); },
                       [this] { ++detections; },
                       [](const std::function<void(const QString&)>& answer) { answer(doctorReport()); },
-                      [this] { ++onboardings; }, [](const QString& id) { return lastEvent(id); },
+                      [this] { ++onboardings; }, [this] { return lastEvents; },
                       [this] { return time.wallNow(); }})
     {
         settings.change([](Settings& edited) { edited.language = AppLanguage::en; });
     }
 
     static QString doctorReport() { return QStringLiteral("Nibbo 1.0\n[ok] socket\n[ok] hooks of Claude\n"); }
-    static QString lastEvent(const QString& id)
-    {
-        return id == QLatin1String("claude") ? QStringLiteral("10:42:07 Running tests") : QString();
-    }
-
     HookInstaller installer()
     {
         return HookInstaller({paths, home.filePath(QStringLiteral("prefix")), LauncherPlatform::linuxDesktop,
@@ -143,6 +138,9 @@ protected:
     SecretsInHand secrets;
     PackLibrary packs;
     SmartSummarizer summarizer;
+    /// What the agent log tells; not to be changed while the window may read it aside.
+    const QHash<QString, QString> lastEvents{
+        {QStringLiteral("Claude"), QStringLiteral("2026-11-21 10:42:07")}};
     int detections = 0;
     int onboardings = 0;
     SettingsWindowController controller;

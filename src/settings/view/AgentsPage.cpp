@@ -2,6 +2,7 @@
 
 #include "agents/ProviderRegistry.h"
 #include "hooks/InstallQuestion.h"
+#include "sessions/AgentSessionStore.h"
 #include "settings/view/AgentFacts.h"
 #include "settings/view/Aside.h"
 #include "settings/view/Theme.h"
@@ -80,6 +81,14 @@ AgentsPage::AgentsPage(const Context& context)
         for (const auto& show : m_rows)
             show();
     });
+    // Events come in bursts, and each time a log is read.
+    m_soon.setSingleShot(true);
+    m_soon.setInterval(1000);
+    connect(&m_soon, &QTimer::timeout, this, &AgentsPage::readLastEvents);
+    connect(&services().sessions, &AgentSessionStore::sessionsChanged, this, [this] {
+        if (isVisible() && !m_soon.isActive())
+            m_soon.start();
+    });
     onSettings([this](const Settings&) { showBridge(); });
     onLanguage([this] {
         showBridge();
@@ -139,7 +148,7 @@ void AgentsPage::addProviders()
         place->add(row);
 
         const QString id = spec.id;
-        const auto show = [this, id, state, last] {
+        const auto show = [this, id, title = spec.title, state, last] {
             const bool enabled = settings().isEnabled(id);
             const QString status =
                 nibbo::title(settings().statuses().value(id, AgentStatus::unknown), language());
@@ -157,7 +166,7 @@ void AgentsPage::addProviders()
             }
             state->setText(wiring.isEmpty() ? status : status + QStringLiteral(" · ") + wiring);
             state->setTone(needsInstall ? TextLabel::Tone::caution : TextLabel::Tone::ordinary);
-            const QString event = services().lastEvent(id);
+            const QString event = m_lastEvents.value(title);
             last->setVisible(!event.isEmpty());
             last->setText(text(language(), u"Last event: %1", u"最近事件：%1").arg(event));
         };
@@ -223,18 +232,29 @@ void AgentsPage::inspect()
     {
         QMap<QString, bool> wired;
         std::vector<HookBackup> backups;
+        QHash<QString, QString> lastEvents;
     };
     aside().run(
         this,
-        [installer = services().installer()] {
-            return Found{installer.status(), installer.backups()};
+        [installer = services().installer(), lastEvents = services().lastEvents] {
+            return Found{installer.status(), installer.backups(), lastEvents()};
         },
         [this](const Found& found) {
             m_wired = found.wired;
             m_backups = found.backups;
+            m_lastEvents = found.lastEvents;
             showBridge();
             showBackups();
         });
+}
+
+void AgentsPage::readLastEvents()
+{
+    aside().run(this, services().lastEvents, [this](const QHash<QString, QString>& events) {
+        m_lastEvents = events;
+        for (const auto& show : m_rows)
+            show();
+    });
 }
 
 void AgentsPage::showBridge()

@@ -2,7 +2,9 @@
 
 #include "settings/view/SettingsPage.h"
 
+#include <QHash>
 #include <QMap>
+#include <QTimer>
 
 class QTreeWidget;
 
@@ -28,6 +30,7 @@ private:
 
     /// Reads again what the disk says.
     void inspect();
+    void readLastEvents();
     void showBridge();
     void showBackups();
     void setBusy(bool busy);
@@ -42,6 +45,9 @@ private:
     /// Nothing until the disk was first asked.
     QMap<QString, bool> m_wired;
     std::vector<HookBackup> m_backups;
+    /// By the agent's title.
+    QHash<QString, QString> m_lastEvents;
+    QTimer m_soon;
     std::vector<std::function<void()>> m_rows;
     TextLabel* m_bridge = nullptr;
     QPushButton* m_install = nullptr;

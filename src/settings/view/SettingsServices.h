@@ -5,6 +5,7 @@
 #include "hooks/HookInstaller.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QString>
 
 #include <functional>
@@ -34,8 +35,9 @@ struct SettingsServices
     std::function<void(std::function<void(const QString& report)> answer)> runDoctor;
     /// Opens onboarding, again if need be.
     std::function<void()> showOnboarding;
-    /// The last event of a provider as the agent log has it; empty when there is none.
-    std::function<QString(const QString& providerId)> lastEvent;
+    /// The last event of each agent, by its title, as the agent log has it. It reads the log; any thread may
+    /// call it.
+    std::function<QHash<QString, QString>()> lastEvents;
     /// What a calendar shows.
     std::function<QDateTime()> now = [] { return QDateTime::currentDateTimeUtc(); };
     /// The desktop asks for less motion.
