@@ -92,6 +92,7 @@ TEST_F(SettingsPicturesTest, everyPage)
     settings.setStatus(QStringLiteral("codex"), AgentStatus::connected);
     settings.setStatus(QStringLiteral("gemini"), AgentStatus::connected);
     settings.setStatus(QStringLiteral("kimi"), AgentStatus::notFound);
+    ASSERT_TRUE(writeAtomically(home.filePath(QStringLiteral(".claude/settings.json")), "{}\n"));
     ASSERT_TRUE(installer().install());
     settings.setEnabled(QStringLiteral("qwen"), true);
 

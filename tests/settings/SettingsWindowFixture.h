@@ -34,9 +34,11 @@ class SecretsInHand final : public SecretStore
 public:
     std::map<QString, QString> entries;
     std::optional<QString> failure;
+    int reads = 0;
 
     void read(const QString& name, Read answer) override
     {
+        ++reads;
         if (failure) {
             answer(Failure{*failure});
             return;

@@ -33,8 +33,11 @@ AdvancedPage::AdvancedPage(const Context& context)
     addFile();
     addTrouble();
     addOnboarding();
-    if (const QString version = QCoreApplication::applicationVersion(); !version.isEmpty())
-        note({u"", u""})->setText(QStringLiteral("Nibbo ") + version);
+    if (const QString version = QCoreApplication::applicationVersion(); !version.isEmpty()) {
+        auto* const label = new TextLabel(TextLabel::Tone::quiet);
+        label->setText(QStringLiteral("Nibbo ") + version);
+        append(label);
+    }
 }
 
 void AdvancedPage::addFile()

@@ -8,9 +8,9 @@
 
 namespace nibbo {
 
-/// Runs slow work on other threads and brings its result back to the main thread. `done` is left out when the
-/// asker has gone meanwhile. Whoever goes takes the work along: the destructor waits for what is under way,
-/// so that the work may use what outlives this object.
+/// Runs slow work on another thread, one piece after the other in the order of asking, and brings the results
+/// back to the main thread in that order. `done` is left out when the asker has gone meanwhile. The
+/// destructor waits for what is under way, so that the work may use what outlives this object.
 class Aside final : public QObject
 {
     Q_OBJECT
@@ -18,7 +18,7 @@ public:
     explicit Aside(QObject* parent = nullptr)
         : QObject(parent)
     {
-        m_pool.setMaxThreadCount(2);
+        m_pool.setMaxThreadCount(1);
     }
     ~Aside() override { m_pool.waitForDone(); }
 

@@ -69,11 +69,14 @@ PetPage::PetPage(const Context& context)
     percentage(*motion, "animationSpeed", {{u"Animation speed", u"动画速度"}}, &Settings::animationSpeed, 25,
                300);
     onSettings([this](const Settings& settings) {
-        if (m_listedImage != settings.customPetPath)
+        if (isVisible() && m_listedImage != settings.customPetPath)
             list();
         showChoice(settings);
     });
-    onLanguage([this] { list(); });
+    onLanguage([this] {
+        if (isVisible())
+            list();
+    });
 }
 
 void PetPage::addGallery()

@@ -57,11 +57,13 @@ SummariesPage::SummariesPage(const Context& context)
         ++m_testSerial;
         m_test->setEnabled(true);
         showOverrides();
-        readKey();
+        if (isVisible())
+            readKey();
     });
     onLanguage([this] {
         showOverrides();
-        readKey();
+        if (isVisible())
+            readKey();
     });
     connect(&this->settings(), &SettingsStore::summaryOverridesChanged, this, &SummariesPage::showOverrides);
 }
@@ -191,6 +193,7 @@ void SummariesPage::showAddressWarning()
     m_addressWarning->setVisible(!warning.isEmpty());
 }
 
+// Only where it is looked at: a keyring may ask the user to unlock it.
 void SummariesPage::readKey()
 {
     services().secrets.read(
