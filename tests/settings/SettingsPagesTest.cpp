@@ -371,6 +371,9 @@ TEST_F(SettingsPagesTest, petsAreChosenByTheirPictures)
     auto& gallery = part<QListWidget>("petGallery");
     ASSERT_TRUE(waitFor([&] { return gallery.count() >= 2; }));
     EXPECT_EQ(gallery.currentItem()->text(), QStringLiteral("Official Nibbo"));
+    language(AppLanguage::zh);
+    EXPECT_EQ(gallery.currentItem()->text(), QStringLiteral("官方 Nibbo"));
+    language(AppLanguage::en);
     gallery.setCurrentRow(1);
     EXPECT_EQ(settings.current().petSource, PetSource::pack);
     EXPECT_EQ(settings.current().activePackPath, gallery.item(1)->data(Qt::UserRole).toString().mid(5));

@@ -8,7 +8,6 @@
 #include "settings/view/Theme.h"
 
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QPainter>
 #include <QPushButton>
 #include <QTreeWidget>
@@ -19,6 +18,7 @@ namespace {
 
 constexpr int symbolSide = 24;
 constexpr int visibleBackups = 6;
+constexpr int columnGap = 18;
 
 /// A provider's symbol in the colour of the text.
 class ProviderSymbol final : public QWidget
@@ -201,7 +201,6 @@ void AgentsPage::addBackups()
     m_backupList->setRootIsDecorated(false);
     m_backupList->setUniformRowHeights(true);
     m_backupList->setAlternatingRowColors(false);
-    m_backupList->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_backupList->setFixedHeight(m_backupList->fontMetrics().height() * (visibleBackups + 2) + 30);
     m_restore = button("restoreBackup", {u"Restore This File…", u"恢复此文件…"});
     column->addWidget(detail);
@@ -295,6 +294,10 @@ void AgentsPage::showBackups()
         new QTreeWidgetItem(
             m_backupList,
             {setTime(backup.set), spec != nullptr ? spec->title : backup.providerId, fileOf(backup)});
+    }
+    for (int column = 0; column < m_backupList->columnCount(); ++column) {
+        m_backupList->resizeColumnToContents(column);
+        m_backupList->setColumnWidth(column, m_backupList->columnWidth(column) + columnGap);
     }
     m_restore->setEnabled(false);
 }

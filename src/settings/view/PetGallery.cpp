@@ -113,16 +113,29 @@ void PetGallery::setCards(const std::vector<Card>& cards)
             item->setData(idRole, card.id);
             item->setData(pictureRole, card.picture);
             item->setData(Qt::AccessibleDescriptionRole, card.detail);
-            // Set apart from markup, which a tool tip would read.
-            item->setToolTip(
-                QStringLiteral("<p>%1</p>")
-                    .arg((card.detail.isEmpty() ? card.title
-                                                : card.title + QStringLiteral(" — ") + card.detail)
-                             .toHtmlEscaped()));
+            describe(*item);
         }
     }
     setChosen(before);
     fitHeight();
+}
+
+// Set apart from markup, which a tool tip would read.
+void PetGallery::describe(QListWidgetItem& item)
+{
+    const QString detail = item.data(Qt::AccessibleDescriptionRole).toString();
+    const QString words = detail.isEmpty() ? item.text() : item.text() + QStringLiteral(" — ") + detail;
+    item.setToolTip(QStringLiteral("<p>%1</p>").arg(words.toHtmlEscaped()));
+}
+
+void PetGallery::rename(const QString& id, const QString& title)
+{
+    for (int i = 0; i < count(); ++i) {
+        if (item(i)->data(idRole).toString() != id)
+            continue;
+        item(i)->setText(title);
+        describe(*item(i));
+    }
 }
 
 void PetGallery::setChosen(const QString& id)

@@ -25,6 +25,7 @@ public:
 
     explicit PetGallery(QWidget* parent = nullptr);
     void setCards(const std::vector<Card>& cards);
+    void rename(const QString& id, const QString& title);
     /// Nothing is chosen when no card is of that id.
     void setChosen(const QString& id);
     QString chosen() const;
@@ -39,6 +40,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    static void describe(QListWidgetItem& item);
     void fitHeight();
 };
 

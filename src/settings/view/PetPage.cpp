@@ -74,8 +74,8 @@ PetPage::PetPage(const Context& context)
         showChoice(settings);
     });
     onLanguage([this] {
-        if (isVisible())
-            list();
+        nameOurs();
+        showChoice(this->settings().current());
     });
 }
 
@@ -134,18 +134,15 @@ void PetPage::opened()
 void PetPage::list()
 {
     m_listedImage = settings().current().customPetPath;
-    const QString official = nibbo::title(PetSource::official, language());
-    const QString custom = nibbo::title(PetSource::custom, language());
     aside().run(
         this,
-        [&packs = services().packs, image = m_listedImage.value_or(QString()), official, custom,
-         ratio = devicePixelRatioF()] {
+        [&packs = services().packs, image = m_listedImage.value_or(QString()), ratio = devicePixelRatioF()] {
             Listing found{packs.packs(), {}};
             const QString folder = packs.folderOf(QStringLiteral("bundled:nibbo"));
             found.cards.push_back(
-                {officialCard, official, {}, still(folder + QStringLiteral("/images/idle.svg"), ratio)});
+                {officialCard, {}, {}, still(folder + QStringLiteral("/images/idle.svg"), ratio)});
             if (!image.isEmpty())
-                found.cards.push_back({customCard, custom, image, still(image, ratio)});
+                found.cards.push_back({customCard, {}, image, still(image, ratio)});
             for (const PetPack& pack : found.packs) {
                 QString detail = pack.author;
                 if (!pack.description.isEmpty())
@@ -157,8 +154,15 @@ void PetPage::list()
         [this](const Listing& found) {
             m_packs = found.packs;
             m_gallery->setCards(found.cards);
+            nameOurs();
             showChoice(settings().current());
         });
+}
+
+void PetPage::nameOurs()
+{
+    m_gallery->rename(officialCard, nibbo::title(PetSource::official, language()));
+    m_gallery->rename(customCard, nibbo::title(PetSource::custom, language()));
 }
 
 void PetPage::showChoice(const Settings& settings)

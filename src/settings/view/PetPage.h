@@ -31,6 +31,8 @@ private:
     void addGallery();
     /// Lists the packs again.
     void list();
+    /// The cards that are no packs have their names in the user's language.
+    void nameOurs();
     void showChoice(const Settings& settings);
     void choose(const QString& cardId);
     const PetPack* chosenPack() const;
