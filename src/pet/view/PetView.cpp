@@ -252,8 +252,24 @@ void PetView::paintSight(QPainter& painter, const Picture& picture, const Sight&
     const QSizeF size = image.deviceIndependentSize();
     const QPointF at(around.left() + (m_side - size.width()) / 2, around.top() + m_side - size.height());
     painter.setOpacity(opacity);
-    painter.setTransform(transformOf(picture, sight), true);
-    painter.drawImage(at, image);
+    const QTransform transform = transformOf(picture, sight);
+    const double ratio = devicePixelRatioF();
+    if (transform.type() <= QTransform::TxTranslate) {
+        // On whole pixels it is copied; a fraction of one is not seen in a hop.
+        const QPointF moved = transform.map(at) * ratio;
+        painter.drawImage(QPointF(std::round(moved.x()), std::round(moved.y())) / ratio, image);
+        return;
+    }
+    // Rows in one go that Qt spreads over its threads, whose waking costs more than the drawing: not so many.
+    constexpr int rowsDrawnInPlace = 64;
+    const int band = std::max(1, int(rowsDrawnInPlace / ratio));
+    for (int y = 0; y < height(); y += band) {
+        painter.save();
+        painter.setClipRect(QRect(0, y, width(), band));
+        painter.setTransform(transform, true);
+        painter.drawImage(at, image);
+        painter.restore();
+    }
 }
 
 void PetView::paintEvent(QPaintEvent*)

@@ -22,7 +22,10 @@
 namespace nibbo {
 namespace {
 
-constexpr std::size_t keptClips = 2;
+/// The animation that is shown and the one that fades away are always kept; others only within this many
+/// bytes, which is room for the few that an idle pet changes between.
+constexpr std::size_t alwaysKept = 2;
+constexpr qsizetype keptBytes = 6 * 1024 * 1024;
 constexpr int mostFrames = 64;
 constexpr qint64 largestFile = 16 * 1024 * 1024;
 constexpr int largestSide = 16384;
@@ -199,8 +202,13 @@ PetPictures::Clip& PetPictures::clip(PetState state)
     std::unique_ptr<Clip> made = makeClip(state);
     made->key = key;
     m_clips.push_front(std::move(made));
-    while (m_clips.size() > keptClips)
-        m_clips.pop_back();
+    qsizetype bytes = 0;
+    std::size_t kept = 0;
+    m_clips.remove_if([&](const std::unique_ptr<Clip>& old) {
+        for (const QImage& image : old->drawn)
+            bytes += image.sizeInBytes();
+        return ++kept > alwaysKept && bytes > keptBytes;
+    });
     return *m_clips.front();
 }
 

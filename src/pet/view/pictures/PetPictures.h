@@ -36,8 +36,8 @@ struct PetLook
 /// as SVG, PNG, WebP, JPEG or GIF. A state without frames shows its still picture, and one without either
 /// what the official pet shows; a file that cannot be drawn counts as missing and is logged once.
 ///
-/// Each frame is drawn once, when it is first wanted; only the animation that is shown and the one before it
-/// are kept. Main thread.
+/// Each frame is drawn once, when it is first wanted. The animation that is shown and the one before it are
+/// kept, and those before them as long as they are small. Main thread.
 class PetPictures final
 {
 public:
