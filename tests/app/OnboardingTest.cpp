@@ -84,7 +84,7 @@ protected:
                               [this] { settings.setStatus(s(u"claude"), AgentStatus::running); },
                               [](const std::function<void(const QString&)>&) {},
                               [] {},
-                              [](const QString&) { return QString(); }};
+                              [] { return QHash<QString, QString>(); }};
         made.reducesMotion = [this] { return reducedMotion; };
         return made;
     }
