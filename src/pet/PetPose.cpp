@@ -8,7 +8,7 @@ namespace nibbo {
 namespace {
 
 /// A step of this many pixels is not seen as one.
-constexpr double invisibleStep = 0.75;
+constexpr double invisibleStep = 0.9;
 constexpr double ordinaryRateLimit = 30;
 constexpr double quickRateLimit = 60;
 constexpr Seconds quickLeg{0.25};
