@@ -3,7 +3,6 @@
 #include "base/AppPaths.h"
 #include "base/NibboLog.h"
 
-#include <QCryptographicHash>
 #include <QLocalSocket>
 
 namespace nibbo {
@@ -11,19 +10,11 @@ namespace {
 
 constexpr int answerLimitMs = 3000;
 
-/// Short, since a socket's path has little room, and free of what a display's name may hold.
-QString stem(const AppPaths& paths, const QString& display)
-{
-    const QByteArray digest =
-        QCryptographicHash::hash(display.toUtf8(), QCryptographicHash::Sha1).toHex().left(8);
-    return paths.applicationSupport() + QStringLiteral("/show-") + QString::fromLatin1(digest);
-}
-
 } // namespace
 
-SingleInstance::SingleInstance(const AppPaths& paths, const QString& display, QObject* parent)
+SingleInstance::SingleInstance(const AppPaths& paths, QObject* parent)
     : QObject(parent)
-    , m_socketPath(stem(paths, display))
+    , m_socketPath(paths.applicationSupport() + QStringLiteral("/show"))
     , m_lock(m_socketPath + QStringLiteral(".lock"))
 {
     // Only the death of its holder frees the lock, not its age.
@@ -35,6 +26,10 @@ SingleInstance::~SingleInstance() = default;
 SingleInstance::Role SingleInstance::claim()
 {
     if (!m_lock.tryLock(0)) {
+        if (m_lock.error() != QLockFile::LockFailedError) {
+            NibboLog::log(QStringLiteral("single instance: %1.lock cannot be written").arg(m_socketPath));
+            return Role::unknown;
+        }
         QLocalSocket other;
         other.connectToServer(m_socketPath);
         if (!other.waitForConnected(answerLimitMs))

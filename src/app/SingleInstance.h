@@ -10,8 +10,9 @@ namespace nibbo {
 
 class AppPaths;
 
-/// One pet per user and display. The first start holds a lock and listens; a later one asks it to show
-/// itself. All that can be asked is exactly that. Main thread.
+/// One pet per user: the socket, the preferences and the hooks are the user's, whichever the display. The
+/// first start holds a lock and listens; a later one asks it to show itself. All that can be asked is exactly
+/// that. Main thread.
 class SingleInstance final : public QObject
 {
     Q_OBJECT
@@ -22,11 +23,12 @@ public:
         /// Another one runs and was asked to show itself.
         second,
         /// Another one holds the lock and does not answer.
-        secondUnanswered
+        secondUnanswered,
+        /// Nobody can tell: the lock cannot be had for another reason, which is in the log.
+        unknown
     };
 
-    /// `display` tells the screens of one user apart.
-    SingleInstance(const AppPaths& paths, const QString& display, QObject* parent = nullptr);
+    explicit SingleInstance(const AppPaths& paths, QObject* parent = nullptr);
     ~SingleInstance() override;
 
     /// Takes the role, or asks the one that has it. May wait a few seconds for an answer.

@@ -85,9 +85,10 @@ int runPet(int& argc, char** argv)
     nameApplication();
     NibboApp qt(argc, argv);
     const AppPaths paths = AppPaths::ofThisUser();
-    SingleInstance instance(paths, qEnvironmentVariable("DISPLAY", qEnvironmentVariable("WAYLAND_DISPLAY")));
+    SingleInstance instance(paths);
     switch (instance.claim()) {
     case SingleInstance::Role::first:
+    case SingleInstance::Role::unknown:
         break;
     case SingleInstance::Role::second:
         say(stdout, QStringLiteral("nibbo: it runs already; its settings are shown."));

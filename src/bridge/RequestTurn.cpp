@@ -66,7 +66,7 @@ enum class Holder
 Holder holderOf(const Descriptor& socket, const TurnName& name)
 {
     if (::connect(socket.get(), name.get(), name.size) != 0)
-        return errno == EAGAIN ? Holder::crowded : Holder::nobody;
+        return errno == EAGAIN ? Holder::crowded : errno == ECONNREFUSED ? Holder::nobody : Holder::foreign;
     return belongsToThisUser(socket) ? Holder::ours : Holder::foreign;
 }
 
@@ -76,18 +76,26 @@ std::optional<RequestTurn> RequestTurn::take(const SessionAddress& session, cons
                                              AgentWatch::Deadline deadline)
 {
     const TurnName name = nameOf(session);
+    // Turns are a courtesy among our own: whoever cannot have one, or is kept from it, asks without.
+    constexpr int patienceWithNobody = 200;
+    int looks = 0;
     while (true) {
         Descriptor mine = newSocket();
-        if (!mine || ::bind(mine.get(), name.get(), name.size) == 0) {
+        if (!mine)
+            return RequestTurn(Descriptor());
+        if (::bind(mine.get(), name.get(), name.size) == 0) {
             ::listen(mine.get(), SOMAXCONN);
             return RequestTurn(std::move(mine));
         }
+        if (errno != EADDRINUSE || ++looks > patienceWithNobody)
+            return RequestTurn(Descriptor());
         const Descriptor other = newSocket();
         switch (holderOf(other, name)) {
         case Holder::ours:
             // Breaks when the holder ends.
             if (watch.waitReadable(other.get(), deadline) != WaitResult::readable)
                 return std::nullopt;
+            looks = 0;
             break;
         case Holder::nobody:
             // It ended just now, or has not begun to listen: look again, in a moment.

@@ -186,6 +186,52 @@ std::string patchedFiles(std::string_view patch, std::string_view cwd)
     return files;
 }
 
+// The places in which the tools of a class keep what they act on.
+std::string_view placesOf(ToolClass kind)
+{
+    switch (kind) {
+    case ToolClass::shell:
+        return "commands|command|cmd|script|chars|input";
+    case ToolClass::read:
+    case ToolClass::write:
+    case ToolClass::patch:
+        return "file_path|filePath|filepath|path|absolute_path|notebook_path|filename|files|paths|file_paths";
+    case ToolClass::web:
+        return "url|urls|requests";
+    case ToolClass::webSearch:
+        return "query|queries";
+    default:
+        return {};
+    }
+}
+
+// Whether one place alone says what runs. The model chooses the keys: what stands in another place, or behind
+// the first of a list, could be what really runs while something harmless is shown and judged.
+bool saysOneThing(ToolClass kind, const Json& input)
+{
+    if (!input.is_object())
+        return true;
+    int filled = 0;
+    std::string_view places = placesOf(kind);
+    while (!places.empty()) {
+        const std::size_t end = places.find('|');
+        const auto value = input.find(std::string(places.substr(0, end)));
+        places = end == std::string_view::npos ? std::string_view() : places.substr(end + 1);
+        if (value == input.end() || value->is_null())
+            continue;
+        ++filled;
+        if (!value->is_array())
+            continue;
+        const bool isWhole =
+            kind == ToolClass::shell
+                ? std::all_of(value->begin(), value->end(), [](const Json& e) { return e.is_string(); })
+                : value->size() <= 1;
+        if (!isWhole)
+            return false;
+    }
+    return filled <= 1;
+}
+
 std::string bracketed(const Tool& tool, std::string_view text)
 {
     return '[' + tool.shown + "] " + std::string(text);
@@ -216,7 +262,7 @@ std::string subjectOf(const Tool& tool, const Json& input)
 
 std::string requestOf(const Tool& tool, const Json& input, std::string_view cwd)
 {
-    switch (tool.kind) {
+    switch (saysOneThing(tool.kind, input) ? tool.kind : ToolClass::other) {
     case ToolClass::shell:
         if (const std::string command = shellCommand(input); !command.empty())
             return command;

@@ -93,7 +93,13 @@ std::optional<Payload> readPayload(const AgentWatch& watch, bool whole)
     return reader.take();
 }
 
-std::string readReply(const Descriptor& socket, const AgentWatch& watch, AgentWatch::Deadline deadline)
+struct Reply
+{
+    bool wasLetGo = false; // the application closed the connection without a whole line
+    std::string text;      // empty when there is no whole line
+};
+
+Reply readReply(const Descriptor& socket, const AgentWatch& watch, AgentWatch::Deadline deadline)
 {
     std::string reply;
     while (reply.size() < maxReplyBytes &&
@@ -103,19 +109,13 @@ std::string readReply(const Descriptor& socket, const AgentWatch& watch, AgentWa
         if (got < 0 && errno == EINTR)
             continue;
         if (got <= 0)
-            break;
+            return {true, {}};
         reply.append(bytes.data(), static_cast<std::size_t>(got));
         if (const std::size_t end = reply.find('\n'); end != std::string::npos)
-            return reply.substr(0, end);
+            return {false, reply.substr(0, end)};
     }
     return {};
 }
-
-struct Reply
-{
-    bool delivered = false;
-    std::string text; // empty when the connection ended without a whole line, or none came in time
-};
 
 Reply exchange(const std::string& path, std::string_view line, const AgentWatch& watch,
                AgentWatch::Deadline deadline)
@@ -123,7 +123,7 @@ Reply exchange(const std::string& path, std::string_view line, const AgentWatch&
     const Descriptor socket = connectTo(path);
     if (!socket || !sendAll(socket, line))
         return {};
-    return {true, readReply(socket, watch, deadline)};
+    return readReply(socket, watch, deadline);
 }
 
 // A step of another tool that was reported in the very moment of the request can make the application take
@@ -134,7 +134,7 @@ Verdict ask(const std::string& path, std::string_view line, const AgentWatch& wa
     const auto start = Clock::now();
     Reply reply = exchange(path, line, watch, deadline);
     const auto waited = Clock::now() - start;
-    if (mayBeCrowdedOut && reply.delivered && reply.text.empty() && waited < crowdingLimit)
+    if (mayBeCrowdedOut && reply.wasLetGo && waited < crowdingLimit)
         reply = exchange(path, line, watch, deadline);
     return verdictOf(reply.text);
 }
