@@ -62,6 +62,8 @@ void StatusItem::lookForOldTray()
 {
     if (oldTrayExists())
         show();
+    else if (++m_looks > 8)
+        m_look.stop();
     else
         m_look.start();
 }

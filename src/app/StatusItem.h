@@ -37,7 +37,9 @@ private:
     PetMenuController& m_controller;
     QIcon m_icon;
     QMenu m_menu;
+    /// Trays of the older kind are looked for during the first two minutes.
     QTimer m_look;
+    int m_looks = 0;
     std::unique_ptr<QSystemTrayIcon> m_item;
 };
 

@@ -17,8 +17,7 @@ public:
         // A step may destroy its own handle, and the closure with it, while it runs.
         QObject::connect(&m_timer, &QTimer::timeout, &m_timer,
                          [step = std::make_shared<std::function<void()>>(std::move(step))] {
-                             const auto kept = step;
-                             (*kept)();
+                             (*std::shared_ptr(step))();
                          });
         m_timer.start(delay);
     }

@@ -305,7 +305,7 @@ QMap<QString, bool> HookInstaller::status() const
     return result;
 }
 
-HookHealth HookInstaller::ensureHealthy()
+HookHealth HookInstaller::ensureHealthy(Removed removed)
 {
     const auto failed = [](const QString& error) {
         NibboLog::log(QStringLiteral("hook ensure: repair FAILED: ") + error);
@@ -314,6 +314,8 @@ HookHealth HookInstaller::ensureHealthy()
     Operation operation(m_environment, m_files, m_clock);
     if (Result<void> begun = operation.begin(); !begun)
         return failed(begun.error());
+    if (removed == Removed::leaveOut && isRemoved())
+        return HookHealth::healthy;
     if (Result<void> launcher = operation.writeLauncher(); !launcher)
         NibboLog::log(QStringLiteral("hook ensure: ") + launcher.error());
     for (const ProviderSpec& spec : ProviderRegistry::all()) {

@@ -69,7 +69,14 @@ public:
     /// By provider id, for every provider of the registry.
     QMap<QString, bool> status() const;
     /// Writes the launcher again and installs when an enabled provider is not wired. Logs what came of it.
-    HookHealth ensureHealthy();
+    /// The guardian leaves hooks out that were removed on purpose; it asks under the lock, since a removal
+    /// may be under way.
+    enum class Removed
+    {
+        installAgain,
+        leaveOut
+    };
+    HookHealth ensureHealthy(Removed removed = Removed::installAgain);
     /// The existing configuration files of the enabled providers, in registry order.
     QStringList watchedConfigFiles() const;
 

@@ -123,7 +123,7 @@ void HookWatch::check()
         bind();
         return;
     }
-    const HookHealth health = installer.ensureHealthy();
+    const HookHealth health = installer.ensureHealthy(HookInstaller::Removed::leaveOut);
     if (health == HookHealth::repaired) {
         m_repairs.push_back(m_clock.now());
         if (m_repairs.size() == quarrel)

@@ -3,9 +3,11 @@
 #include "base/NibboLog.h"
 #include "hooks/JsonText.h"
 
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QUuid>
 
 #include <algorithm>
 #include <utility>
@@ -137,6 +139,22 @@ Result<bool> SafeWriter::isDamaged(const Write& write) const
     return false;
 }
 
+Result<void> SafeWriter::keepWhatMayBeAnEdit(const Write& write)
+{
+    const Result<QByteArray> current = m_files.read(write.target);
+    if (!current)
+        return current.failure();
+    if (isTorn(*current, write.from.value_or(QByteArray()), write.to))
+        return {};
+    // Broken, but not by us as far as can be told: perhaps an edit that somebody has not finished.
+    const QString kept = m_folder + QStringLiteral("/damaged-%1-%2")
+                                        .arg(QFileInfo(write.target).fileName(),
+                                             QUuid::createUuid().toString(QUuid::Id128).left(8));
+    NibboLog::log(
+        QStringLiteral("hook journal: %1 is broken; what it holds is kept as %2").arg(write.target, kept));
+    return m_files.create(kept, *current, 0600);
+}
+
 Result<void> SafeWriter::recover()
 {
     if (!m_files.facts(journalFile()))
@@ -154,6 +172,8 @@ Result<void> SafeWriter::recover()
             return damaged.failure();
         if (!*damaged)
             continue;
+        if (Result<void> kept = keepWhatMayBeAnEdit(write); !kept)
+            return kept;
         if (Result<void> room = m_files.reserve(write.target, write.to.size()); !room)
             return room;
         if (Result<void> done = m_files.overwrite(write.target, write.to); !done)

@@ -83,6 +83,7 @@ private:
     Result<void> createNew(const Write& write);
     /// Whether the file is the damage of a write that was not seen through.
     Result<bool> isDamaged(const Write& write) const;
+    Result<void> keepWhatMayBeAnEdit(const Write& write);
 
     FileSystem& m_files;
     QString m_folder;

@@ -145,7 +145,7 @@ void PetViewModel::render(PetState state, const std::optional<PetBubbleKind>& bu
     assertMainThread();
     if (m_reactionActive && persistent)
         cancelReaction();
-    if (m_reactionActive || m_state == PetState::dragging) {
+    if (m_reactionActive || m_isDragged) {
         m_pendingRender = Render{state, bubble, persistent, provider};
         return;
     }
@@ -211,7 +211,7 @@ void PetViewModel::showBubble(const PetBubbleKind& kind, bool persistent)
 void PetViewModel::dismissBubble()
 {
     // What the notice spoke over still waits; a reaction or a drag brings it back by itself when it ends.
-    if (m_setAside && !m_reactionActive && m_state != PetState::dragging)
+    if (m_setAside && !m_reactionActive && !m_isDragged)
         bringBackStandingBubble();
     else
         hideBubble();
@@ -250,13 +250,19 @@ void PetViewModel::showNotice(PetState state, const QString& text)
     m_lastNoticeAt = m_clock.now();
     if (m_reactionActive)
         cancelReaction();
-    if (m_state == PetState::dragging)
+    if (m_isDragged)
         m_restoreAfterDrag = state;
     else
         setState(state);
     setAsideStandingBubble();
     showBubble(MessageBubble{text}, false);
     m_noticeUp = true;
+}
+
+void PetViewModel::speak(const QString& text)
+{
+    setAsideStandingBubble();
+    showBubble(MessageBubble{text}, false);
 }
 
 void PetViewModel::toggleBubble()
@@ -329,8 +335,7 @@ void PetViewModel::endReaction()
     m_reactionActive = false;
     Q_EMIT reactionChanged(false);
     returnTo(m_restoreAfterReaction);
-    if (const auto parked =
-            m_state == PetState::dragging ? std::nullopt : std::exchange(m_pendingRender, std::nullopt))
+    if (const auto parked = m_isDragged ? std::nullopt : std::exchange(m_pendingRender, std::nullopt))
         render(parked->state, parked->bubble, parked->persistent, parked->provider);
     else
         bringBackStandingBubble();
@@ -349,6 +354,7 @@ void PetViewModel::beginDragging()
     assertMainThread();
     if (m_reactionActive)
         cancelReaction();
+    m_isDragged = true;
     if (m_state != PetState::dragging) {
         m_restoreAfterDrag = m_state;
         setState(PetState::dragging);
@@ -360,6 +366,7 @@ void PetViewModel::beginDragging()
 void PetViewModel::endDragging()
 {
     assertMainThread();
+    m_isDragged = false;
     if (m_reactionActive && m_restoreAfterReaction == PetState::dragging) {
         // The pet was petted in mid-air; the reaction's end finds it on the ground.
         m_restoreAfterReaction = m_restoreAfterDrag;

@@ -58,6 +58,8 @@ public:
     /// A short word of the application itself, with the pose that goes with it. A render without a bubble
     /// does not take it off the screen before its time.
     void showNotice(PetState state, const QString& text);
+    /// A passing word; a bubble that waits for the user comes back after it.
+    void speak(const QString& text);
     /// A reaction that is under way plays on.
     void toggleBubble();
     /// False when the pause refused it: while paused the pet only sleeps or is dragged.
@@ -137,6 +139,8 @@ private:
     std::optional<BumpDirection> m_bumpDirection;
     ScheduledHandle m_bumpReset;
 
+    /// By the pointer: the pose alone may also be chosen from the menu, and holds nothing up.
+    bool m_isDragged = false;
     bool m_reactionActive = false;
     ScheduledHandle m_reactionWork;
     PetState m_restoreAfterReaction = PetState::idle;

@@ -703,13 +703,16 @@ std::vector<AgentSessionStore::Row> AgentSessionStore::rows() const
     std::vector<Row> rows;
     for (const Session* session : sorted) {
         const QString said = words(*session);
+        const bool asks = session->state == PetState::waitingApproval;
+        const QString detail = session->detail.value_or(QString());
         const QString cwd = session->cwd.value_or(QString());
-        rows.push_back(
-            {session->key, session->provider, AgentActivity::basename(cwd), cwd, session->state,
-             said.isEmpty() ? session->command.value_or(session->detail.value_or(QString())) : said,
-             m_clock.wallNow().addMSecs(
-                 -std::chrono::duration_cast<Milliseconds>(now - session->since).count()),
-             session->state == PetState::waitingApproval || session->state == PetState::waitingInput});
+        rows.push_back({session->key, session->provider, AgentActivity::basename(cwd), cwd, session->state,
+                        !said.isEmpty() ? said
+                        : asks          ? session->command.value_or(detail)
+                                        : detail,
+                        m_clock.wallNow().addMSecs(
+                            -std::chrono::duration_cast<Milliseconds>(now - session->since).count()),
+                        asks || session->state == PetState::waitingInput});
     }
     return rows;
 }

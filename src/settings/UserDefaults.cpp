@@ -36,34 +36,34 @@ UserDefaults::UserDefaults(QString path)
     readFile(Reading::first);
 }
 
-void UserDefaults::readFile(Reading reading)
+bool UserDefaults::readFile(Reading reading)
 {
     if (!QFileInfo::exists(m_path)) {
         if (reading == Reading::underLock)
             m_content = {};
-        return;
+        return true;
     }
     const Result<QByteArray> content = readWholeFile(m_path);
     if (!content) {
         NibboLog::log(QStringLiteral("preferences: ") + content.error());
-        return;
+        return false;
     }
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(*content, &error);
     if (document.isObject()) {
         m_content = document.object();
-        return;
+        return true;
     }
     const QString kept = freeNameFor(m_path);
-    if (QFile::copy(m_path, kept)) {
-        QFile::remove(m_path);
-        NibboLog::log(
-            QStringLiteral("preferences: %1 is not readable (%2); it is kept as %3 and the defaults apply")
-                .arg(m_path, error.errorString(), kept));
-    } else {
+    if (!QFile::copy(m_path, kept) || !QFile::remove(m_path)) {
         NibboLog::log(QStringLiteral("preferences: %1 is not readable (%2) and could not be set aside")
                           .arg(m_path, error.errorString()));
+        return false;
     }
+    NibboLog::log(
+        QStringLiteral("preferences: %1 is not readable (%2); it is kept as %3 and the defaults apply")
+            .arg(m_path, error.errorString(), kept));
+    return true;
 }
 
 std::optional<bool> UserDefaults::boolean(const QString& key) const
@@ -129,20 +129,27 @@ void UserDefaults::write(std::span<const Change> changes)
     if (!locked)
         NibboLog::log(
             QStringLiteral("preferences: %1 stays locked by another process; writing anyway").arg(m_path));
-    readFile(Reading::underLock);
+    const bool isReadable = readFile(Reading::underLock);
     const QJsonObject before = m_content;
-    for (const auto& [key, value] : changes) {
+    // What failed to be written before is still the user's word.
+    m_unsaved.insert(m_unsaved.end(), changes.begin(), changes.end());
+    for (const auto& [key, value] : m_unsaved) {
         if (value.isUndefined())
             m_content.remove(key);
         else
             m_content.insert(key, value);
     }
-    if (m_content == before && QFileInfo::exists(m_path))
+    if (!isReadable)
         return;
-    const Result<void> written =
-        writeAtomically(m_path, QJsonDocument(m_content).toJson(QJsonDocument::Indented));
-    if (!written)
-        NibboLog::log(QStringLiteral("preferences: ") + written.error());
+    if (m_content != before || !QFileInfo::exists(m_path)) {
+        const Result<void> written =
+            writeAtomically(m_path, QJsonDocument(m_content).toJson(QJsonDocument::Indented));
+        if (!written) {
+            NibboLog::log(QStringLiteral("preferences: ") + written.error());
+            return;
+        }
+    }
+    m_unsaved.clear();
 }
 
 } // namespace nibbo

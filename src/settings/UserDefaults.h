@@ -9,6 +9,7 @@
 #include <optional>
 #include <span>
 #include <utility>
+#include <vector>
 
 namespace nibbo {
 
@@ -44,10 +45,13 @@ private:
         first,
         underLock
     };
-    void readFile(Reading reading);
+    /// False when the file is there and cannot be read or set aside: then it must not be replaced.
+    bool readFile(Reading reading);
 
     QString m_path;
     QJsonObject m_content;
+    /// What could not be written yet.
+    std::vector<Change> m_unsaved;
 };
 
 } // namespace nibbo

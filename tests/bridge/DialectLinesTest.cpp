@@ -166,6 +166,19 @@ TEST_F(DialectLines, ofOtherPayloads)
          R"({"type":"approvalRequired","message":"WebFetch","toolName":"WebFetch","command":"[WebFetch] git status"})"},
         {"claude", "PermissionRequest", R"({"tool_name":"git status"})",
          R"({"type":"approvalRequired","message":"git status","toolName":"git status","command":"[git status] "})"},
+        // A second place could be the one that runs: then all of it is shown and judged.
+        {"claude", "PermissionRequest",
+         R"({"tool_name":"Bash","tool_input":{"command":"rm -rf x","commands":["ls"]}})",
+         R"({"type":"approvalRequired","message":"Bash","toolName":"Bash",)"
+         R"("command":"[Bash] {\"command\":\"rm -rf x\",\"commands\":[\"ls\"]}"})"},
+        {"claude", "PermissionRequest",
+         R"({"tool_name":"Bash","tool_input":{"commands":[{"command":"git","args":["push"]}]}})",
+         R"({"type":"approvalRequired","message":"Bash","toolName":"Bash",)"
+         R"("command":"[Bash] {\"commands\":[{\"args\":[\"push\"],\"command\":\"git\"}]}"})"},
+        {"claude", "PermissionRequest",
+         R"({"tool_name":"WebFetch","tool_input":{"urls":["https://a","https://b"]}})",
+         R"({"type":"approvalRequired","message":"WebFetch","toolName":"WebFetch",)"
+         R"("command":"[WebFetch] {\"urls\":[\"https://a\",\"https://b\"]}"})"},
         {"codex", "PermissionRequest",
          R"({"cwd":"/p","tool_name":"apply_patch","tool_input":{"command":"*** Begin Patch\n*** Delete File: a\n)"
          R"(*** Update File: /b\n*** Move to: c\n*** End Patch"}})",

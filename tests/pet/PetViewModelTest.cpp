@@ -292,6 +292,21 @@ TEST_F(PetViewModelTest, ADragHoldsEveryRenderBack)
     }
 }
 
+TEST_F(PetViewModelTest, WhatTheMenuShowsHoldsNothingUp)
+{
+    showCard();
+    pet.setState(PetState::sleeping);
+    pet.speak(QStringLiteral("Zzz"));
+    EXPECT_EQ(seen(), QStringLiteral("Zzz"));
+    time.advance(3s);
+    EXPECT_TRUE(std::holds_alternative<ApprovalBubble>(*pet.bubble()) && pet.bubbleVisible())
+        << "the request still waits";
+
+    pet.setState(PetState::dragging);
+    pet.render(PetState::thinking, words("back"), false, claude);
+    EXPECT_EQ(pet.state(), PetState::thinking) << "only a drag by the pointer holds a render back";
+}
+
 TEST_F(PetViewModelTest, AfterADragThePetGoesOnAsBefore)
 {
     pet.setState(PetState::coffee);

@@ -224,6 +224,23 @@ TEST_F(SettingsStoreTest, twoWritersLoseNothingAndABrokenFileIsKept)
     EXPECT_EQ(file().size(), 2);
 }
 
+TEST_F(SettingsStoreTest, whatCannotBeWrittenNowIsWrittenLater)
+{
+    UserDefaults defaults(path());
+    defaults.set(QStringLiteral("a"), 1);
+    // A folder in the place of the file refuses reading as well as writing, whoever asks.
+    const QString aside = path() + QStringLiteral(".aside");
+    ASSERT_TRUE(QFile::rename(path(), aside));
+    ASSERT_TRUE(QDir().mkpath(path()));
+    defaults.set(QStringLiteral("b"), 2);
+    EXPECT_EQ(defaults.integer(QStringLiteral("b")), 2);
+    EXPECT_TRUE(QFileInfo(path()).isDir());
+    ASSERT_TRUE(QDir().rmdir(path()));
+    ASSERT_TRUE(QFile::rename(aside, path()));
+    defaults.set(QStringLiteral("c"), 3);
+    EXPECT_EQ(file().size(), 3);
+}
+
 TEST(EffectiveLanguage, followsTheFirstPreferredLanguageOnly)
 {
     struct Row

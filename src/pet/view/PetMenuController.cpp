@@ -93,7 +93,7 @@ void PetMenuController::setState(const QVariant& representedObject)
     if (!state)
         return;
     m_viewModel.setState(*state);
-    m_viewModel.showBubble(MessageBubble{bubbleText(*state, m_language())}, false);
+    m_viewModel.speak(bubbleText(*state, m_language()));
 }
 
 } // namespace nibbo

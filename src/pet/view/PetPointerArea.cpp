@@ -2,6 +2,7 @@
 
 #include "pet/PetPointer.h"
 
+#include <QGuiApplication>
 #include <QMouseEvent>
 
 namespace nibbo {
@@ -33,7 +34,7 @@ void PetPointerArea::mouseMoveEvent(QMouseEvent* event)
 {
     m_last = event->globalPosition();
     if (!(event->buttons() & Qt::LeftButton))
-        return;
+        return endLostDrag();
     m_pointer.move(m_last.x(), m_last.y());
     if (m_pointer.isDragging())
         setCursor(Qt::ClosedHandCursor);
@@ -48,8 +49,19 @@ void PetPointerArea::mouseReleaseEvent(QMouseEvent* event)
     setCursor(Qt::OpenHandCursor);
 }
 
+void PetPointerArea::endLostDrag()
+{
+    // A locked screen, or a desktop that takes the pointer away, keeps the release to itself.
+    if (!m_pointer.isDragging())
+        return;
+    m_pointer.cancel();
+    setCursor(Qt::OpenHandCursor);
+}
+
 void PetPointerArea::enterEvent(QEnterEvent*)
 {
+    if (!(QGuiApplication::mouseButtons() & Qt::LeftButton))
+        endLostDrag();
     m_pointer.enter();
 }
 

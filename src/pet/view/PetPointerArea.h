@@ -26,6 +26,7 @@ protected:
     void hideEvent(QHideEvent* event) override;
 
 private:
+    void endLostDrag();
     PetPointer& m_pointer;
     QPointF m_last;
 };

@@ -207,13 +207,23 @@ void SummariesPage::readKey()
         }));
 }
 
+SecretStore::Done SummariesPage::thenForgetKeys(SecretStore::Done done)
+{
+    // Whatever the page shows by then: a key that was changed must not stay in use.
+    return [&summarizer = services().summarizer, page = QPointer<SummariesPage>(this),
+            done = std::move(done)](const Result<void>& result) {
+        if (page)
+            summarizer.forgetKeys();
+        done(result);
+    };
+}
+
 void SummariesPage::saveKey()
 {
     const QString key = m_key->text().trimmed();
     if (key.isEmpty())
         return;
     const auto done = newest(m_keySerial, [this](const Result<void>& written) {
-        services().summarizer.forgetKeys();
         if (!written) {
             m_keyState->setTone(TextLabel::Tone::caution);
             m_keyState->setText(
@@ -223,13 +233,12 @@ void SummariesPage::saveKey()
         m_key->clear();
         readKey();
     });
-    services().secrets.write(keyName(), key, done);
+    services().secrets.write(keyName(), key, thenForgetKeys(done));
 }
 
 void SummariesPage::removeKey()
 {
     const auto done = newest(m_keySerial, [this](const Result<void>& removed) {
-        services().summarizer.forgetKeys();
         if (removed) {
             readKey();
             return;
@@ -238,7 +247,7 @@ void SummariesPage::removeKey()
         m_keyState->setText(
             text(language(), u"The key was not removed: %1", u"密钥未移除：%1").arg(removed.error()));
     });
-    services().secrets.remove(keyName(), done);
+    services().secrets.remove(keyName(), thenForgetKeys(done));
 }
 
 void SummariesPage::test()

@@ -28,6 +28,7 @@ private:
     void showOverrides();
     void showAddressWarning();
     void readKey();
+    SecretStore::Done thenForgetKeys(SecretStore::Done done);
     void saveKey();
     void removeKey();
     void test();
