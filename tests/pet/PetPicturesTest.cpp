@@ -264,6 +264,8 @@ TEST(PetView, mirrorsWhereThePetLooks)
     EXPECT_EQ(stage.shot().pixelColor(45 + 30, 100), QColor(Qt::red));
     stage.model.setFacing(-1);
     EXPECT_EQ(stage.shot().pixelColor(45 + 30, 100), QColor(Qt::blue));
+    stage.model.setState(PetState::waitingApproval);
+    EXPECT_EQ(stage.shot().pixelColor(45 + 30, 100), QColor(Qt::red)) << "a question mark stays readable";
 }
 
 TEST(PetView, aBumpPressesItAgainstThatEdge)

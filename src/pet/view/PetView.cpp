@@ -21,6 +21,22 @@ constexpr double fastestSpeed = 4;
 /// Coarse timers may be late by a twentieth, which is not seen at low rates and saves wake-ups.
 constexpr double coarseRateLimit = 12;
 
+/// Poses whose props are signs that are read: a question mark, a "Z", a prompt, ticks and notes.
+bool showsSigns(PetState state)
+{
+    switch (state) {
+    case PetState::waitingApproval:
+    case PetState::sleeping:
+    case PetState::drowsy:
+    case PetState::running:
+    case PetState::planning:
+    case PetState::relaxing:
+        return true;
+    default:
+        return false;
+    }
+}
+
 double eased(double t)
 {
     return t * t * (3 - 2 * t);
@@ -121,7 +137,7 @@ PetView::Sight PetView::sightOf(PetState state, std::chrono::nanoseconds since) 
 {
     Sight sight;
     sight.state = state;
-    sight.mirrored = m_model.facing() < 0;
+    sight.mirrored = m_model.facing() < 0 && !showsSigns(state);
     if (still())
         return sight;
     const Seconds elapsed = Seconds(m_clock.now() - since) * m_speed;
